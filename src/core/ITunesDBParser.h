@@ -1,0 +1,30 @@
+#pragma once
+
+#include "BinaryReader.h"
+#include "ParseBudget.h"
+#include "ParseResult.h"
+
+#include <QByteArray>
+#include <QUrl>
+
+namespace kestrune {
+
+// Turns an iPod's iTunesDB into tracks and resolved playlists. Tolerant by design: apart from a file
+// that is too small or lacks its "mhbd" header it never fails; damaged data ends the walk of the list
+// concerned and what was read so far is kept. Stateless, so one parser may serve any thread.
+class ITunesDBParser {
+public:
+    // Reads the file whole (mapped where possible) and parses it.
+    // Throws FileReadError when the file cannot be read, ParseError when it is not a database.
+    [[nodiscard]] ParseResult parse(const QUrl &fileURL) const;
+    // Throws ParseError. `work`, when given, receives what the parse spent and is for tests and tools.
+    [[nodiscard]] ParseResult parse(const QByteArray &data, ParseWork *work = nullptr) const;
+
+private:
+    QList<Track> parseTrackList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
+    QList<Playlist> parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
+    QString readMhodString(BinaryReader &reader, qsizetype mhodStart, quint32 headerLen, quint32 totalLen,
+                           ParseBudget &budget) const;
+};
+
+} // namespace kestrune
