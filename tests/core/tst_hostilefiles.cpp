@@ -1,0 +1,148 @@
+#include "core/ITunesDBParser.h"
+#include "support/ByteWriter.h"
+#include "support/ITunesDBBuilder.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+using namespace kestrune;
+using namespace kestrune::testing;
+
+namespace {
+
+constexpr qsizetype hostileSize = 3 * 1024 * 1024;
+
+QByteArray header(quint32 sectionCount)
+{
+    ByteWriter writer;
+    writer.bytes("mhbd").u32(32).u32(0).u32(1).u32(0).u32(sectionCount).u64(0);
+    return writer.data();
+}
+
+// Tens of thousands of 16-byte sections, each pointing its header length at one shared track list. A
+// section's items must lie before its end, so this shape stays linear without any limit.
+QByteArray sectionsSharingOneTrackList()
+{
+    ByteWriter writer;
+    writer.bytes(header(0xFFFFFFFF));
+    const qsizetype sectionCount = hostileSize / 2 / 16;
+    const qsizetype listAt = writer.size() + sectionCount * 16;
+    for (qsizetype i = 0; i < sectionCount; ++i) {
+        const qsizetype at = writer.size();
+        writer.bytes("mhsd").u32(quint32(listAt - at)).u32(16).u32(1);
+    }
+    QList<QByteArray> tracks;
+    for (quint32 id = 1; writer.size() + 0x5C + qsizetype(tracks.size()) * 0x9C < hostileSize; ++id)
+        tracks.append(mhit(TrackItem{.id = id}));
+    writer.bytes(mhlt(tracks));
+    return writer.data();
+}
+
+// Playlist items of 24 bytes each whose entries all start at one shared run of entries.
+QByteArray playlistsSharingOneEntryRun()
+{
+    ByteWriter writer;
+    writer.bytes(header(2));
+    writer.bytes(mhsd(1, mhlt({mhit(TrackItem::song(1, QStringLiteral("t"), {}, {}))})));
+    const qsizetype itemCount = hostileSize / 2 / 24;
+    const qsizetype sectionStart = writer.size();
+    writer.bytes("mhsd").u32(16).u32(quint32(hostileSize)).u32(2);
+    writer.bytes("mhlp").u32(12).u32(quint32(itemCount));
+    const qsizetype entriesAt = writer.size() + itemCount * 24;
+    for (qsizetype i = 0; i < itemCount; ++i) {
+        const qsizetype at = writer.size();
+        writer.bytes("mhyp").u32(quint32(entriesAt - at)).u32(24).u32(0).u32(0xFFFFFFFF).u32(0);
+    }
+    while (writer.size() < sectionStart + hostileSize / 2 + hostileSize / 4)
+        writer.bytes(mhip(PlaylistEntry{.trackId = 1, .headerLength = 28, .withPositionObject = false}));
+    return writer.data();
+}
+
+// Track items of 36 bytes each whose one string object points into one shared 1 MB text.
+QByteArray stringsSharingOneText()
+{
+    ByteWriter writer;
+    writer.bytes(header(1));
+    const qsizetype textSize = 1024 * 1024;
+    const qsizetype itemCount = (hostileSize - textSize) / 36;
+    writer.bytes("mhsd").u32(16).u32(quint32(hostileSize)).u32(1);
+    writer.bytes("mhlt").u32(12).u32(quint32(itemCount));
+    const qsizetype textAt = writer.size() + itemCount * 36;
+    for (qsizetype i = 0; i < itemCount; ++i) {
+        const qsizetype at = writer.size();
+        writer.bytes("mhit").u32(20).u32(36).u32(1).u32(quint32(i + 1));
+        const qsizetype mhodAt = writer.size();
+        const auto headerLen = quint32(textAt - mhodAt);
+        writer.bytes("mhod").u32(headerLen).u32(headerLen + 16 + quint32(textSize)).u32(1);
+        Q_ASSERT(writer.size() == at + 36);
+    }
+    writer.u32(1).u32(0).u32(0).u32(0);
+    writer.bytes(QByteArray(textSize, 'a'));
+    return writer.data();
+}
+
+} // namespace
+
+// Crafted files that would make the walks quadratic stop at the work limits instead.
+class TestHostileFiles : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void workIsBounded_data();
+    void workIsBounded();
+    void wellFormedFilesStayFarBelowTheLimits();
+};
+
+void TestHostileFiles::workIsBounded_data()
+{
+    QTest::addColumn<QByteArray>("db");
+    QTest::addColumn<bool>("capped");
+    QTest::addRow("sections sharing one track list") << sectionsSharingOneTrackList() << false;
+    QTest::addRow("playlists sharing one entry run") << playlistsSharingOneEntryRun() << true;
+    QTest::addRow("strings sharing one text") << stringsSharingOneText() << true;
+}
+
+void TestHostileFiles::workIsBounded()
+{
+    QFETCH(QByteArray, db);
+    QFETCH(bool, capped);
+    QElapsedTimer timer;
+    timer.start();
+    ParseWork work;
+    const ParseResult result = ITunesDBParser().parse(db, &work);
+    const ParseWork limits = ParseBudget::limitsFor(db.size());
+    qInfo("%lld bytes parsed in %lld ms: %lld iterations, %lld chunks, %lld decoded bytes, %lld playlists",
+          qint64(db.size()), timer.elapsed(), work.iterations, work.chunks, work.decodedBytes,
+          qint64(result.playlists.size()));
+    QCOMPARE(work.capped, capped);
+    QVERIFY(work.iterations <= limits.iterations);
+    QVERIFY(work.chunks <= limits.chunks);
+    QVERIFY(work.decodedBytes <= limits.decodedBytes);
+}
+
+void TestHostileFiles::wellFormedFilesStayFarBelowTheLimits()
+{
+    ITunesDBBuilder builder;
+    QList<quint32> ids;
+    for (quint32 id = 1; id <= 2000; ++id) {
+        builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist"),
+                                         QStringLiteral(":iPod_Control:Music:F01:X%1.mp3").arg(id)));
+        ids.append(id);
+    }
+    for (int p = 0; p < 20; ++p)
+        builder.addPlaylist(PlaylistItem::of(QStringLiteral("List %1").arg(p), ids));
+    const QByteArray db = builder.withPodcastSection().build();
+
+    ParseWork work;
+    const ParseResult result = ITunesDBParser().parse(db, &work);
+    QCOMPARE(result.playlists.size(), 20);
+    QCOMPARE(result.playlists.last().tracks.size(), 2000);
+    const ParseWork limits = ParseBudget::limitsFor(db.size());
+    QVERIFY(!work.capped);
+    QVERIFY(work.iterations * 10 < limits.iterations);
+    QVERIFY(work.chunks * 2 < limits.chunks);
+    QVERIFY(work.decodedBytes * 4 < limits.decodedBytes);
+}
+
+QTEST_APPLESS_MAIN(TestHostileFiles)
+#include "tst_hostilefiles.moc"
