@@ -1,6 +1,6 @@
 #include "ITunesDBParser.h"
 
-#include "FileReadError.h"
+#include "FileSystemError.h"
 #include "MhodText.h"
 #include "ParseError.h"
 
@@ -99,7 +99,7 @@ ParseResult ITunesDBParser::parse(const QUrl &fileURL) const
     const QString path = fileURL.toLocalFile();
     QFile file(path);
     const auto failure = [&] {
-        return FileReadError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
+        return FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
                                        .arg(QFileInfo(path).fileName(), file.errorString())};
     };
     if (!file.open(QIODevice::ReadOnly))

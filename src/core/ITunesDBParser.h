@@ -15,7 +15,7 @@ namespace kestrune {
 class ITunesDBParser {
 public:
     // Reads the file whole (mapped where possible) and parses it.
-    // Throws FileReadError when the file cannot be read, ParseError when it is not a database.
+    // Throws FileSystemError when the file cannot be read, ParseError when it is not a database.
     [[nodiscard]] ParseResult parse(const QUrl &fileURL) const;
     // Throws ParseError. `work`, when given, receives what the parse spent and is for tests and tools.
     [[nodiscard]] ParseResult parse(const QByteArray &data, ParseWork *work = nullptr) const;

@@ -1,4 +1,4 @@
-#include "core/FileReadError.h"
+#include "core/FileSystemError.h"
 #include "core/ITunesDBParser.h"
 #include "core/ParseError.h"
 #include "support/ByteWriter.h"
@@ -460,8 +460,8 @@ void TestITunesDBParser::parseFile()
     const QString path = dir.filePath(QStringLiteral("iTunesDB"));
     try {
         (void)ITunesDBParser().parse(QUrl::fromLocalFile(path));
-        QFAIL("expected a FileReadError");
-    } catch (const FileReadError &error) {
+        QFAIL("expected a FileSystemError");
+    } catch (const FileSystemError &error) {
         QCOMPARE(error.path, path);
         QVERIFY(error.errorDescription.contains(QStringLiteral("iTunesDB")));
     }
