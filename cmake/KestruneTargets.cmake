@@ -1,8 +1,12 @@
 # Settings every Kestrune target shares: strict Qt string handling, warnings, sanitizers.
 
+# Pass TEST_CODE for tests, whose data rows read better with plain string literals.
 function(kestrune_configure_target target)
+    cmake_parse_arguments(ARG "TEST_CODE" "" "" ${ARGN})
+    if(NOT ARG_TEST_CODE)
+        target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII)
+    endif()
     target_compile_definitions(${target} PRIVATE
-        QT_NO_CAST_FROM_ASCII
         QT_NO_CAST_FROM_BYTEARRAY
         QT_NO_KEYWORDS
         QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
@@ -16,7 +20,11 @@ function(kestrune_configure_target target)
     endif()
 endfunction()
 
-if(KESTRUNE_SANITIZE)
+if(KESTRUNE_BUILD_FUZZERS)
+    # Coverage instrumentation everywhere; only the fuzz targets link libFuzzer's main.
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+elseif(KESTRUNE_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)
 endif()

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/ExistingRockboxFile.h"
+#include "core/Playlist.h"
+
+#include <QList>
+
+#include <optional>
+
+namespace kestrune {
+
+// The existing file a library playlist maps to: the first file, in the given order, whose base name, or
+// whose name less ".m3u8" or ".m3u", equals the sanitised playlist name, case-blind, with canonically
+// equivalent texts counted equal. The name is always sanitised here, whatever the export options say,
+// so that it agrees with the file an export would write.
+std::optional<ExistingRockboxFile> matchingExistingFile(const QString &playlistName,
+                                                        const QList<ExistingRockboxFile> &files);
+
+// Sets (or clears) every playlist's existingRockboxFile by the rule above.
+void attachExistingFiles(QList<Playlist> &playlists, const QList<ExistingRockboxFile> &files);
+
+} // namespace kestrune
