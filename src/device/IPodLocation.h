@@ -1,0 +1,17 @@
+#pragma once
+
+#include "IPodDevice.h"
+#include "VolumeInfo.h"
+
+#include <QUrl>
+
+#include <optional>
+
+namespace kestrune {
+
+// A folder is an iPod location when it holds iPod_Control/iTunes/iTunesDB, or else
+// iPod_Control/iTunes/iTunesSD. Returns the device described by that folder, or none.
+std::optional<IPodDevice> inspectIPodLocation(const QUrl &folderURL,
+                                              const VolumeInfoReader &volumeInfo = systemVolumeInfo);
+
+} // namespace kestrune
