@@ -1,0 +1,59 @@
+#include "SourceDatabase.h"
+
+#include "core/FileSystemError.h"
+#include "core/ITunesDBParser.h"
+#include "core/ParseError.h"
+#include "device/IPodLocation.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace kestrune::cli {
+
+namespace {
+
+// A database file inside an iPod tree (ROOT/iPod_Control/iTunes/FILE) still has ROOT/Playlists.
+std::optional<QString> playlistsFolderOfDatabase(const QFileInfo &database)
+{
+    QDir dir = database.absoluteDir();
+    if (dir.dirName() != QLatin1StringView("iTunes") || !dir.cdUp() ||
+        dir.dirName().compare(QLatin1StringView("iPod_Control"), Qt::CaseInsensitive) != 0 || !dir.cdUp())
+        return std::nullopt;
+    return dir.filePath(QStringLiteral("Playlists"));
+}
+
+} // namespace
+
+std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
+{
+    const QFileInfo info(argument);
+    if (info.isDir()) {
+        const std::optional<IPodDevice> device = inspectIPodLocation(
+            QUrl::fromLocalFile(info.absoluteFilePath()), [](const QString &) { return VolumeInfo{}; });
+        if (!device) {
+            output.fail(QStringLiteral("no iPod database in '%1': expected iPod_Control/iTunes/iTunesDB or "
+                                       "iTunesSD")
+                            .arg(argument));
+            return std::nullopt;
+        }
+        return Source{device->itunesDBURL.toLocalFile(), device->playlistsURL.toLocalFile()};
+    }
+    if (info.isFile())
+        return Source{info.absoluteFilePath(), playlistsFolderOfDatabase(info)};
+    output.fail(QStringLiteral("'%1' does not exist").arg(argument));
+    return std::nullopt;
+}
+
+std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
+{
+    try {
+        return ITunesDBParser().parse(QUrl::fromLocalFile(source.databasePath));
+    } catch (const ParseError &error) {
+        output.fail(error.errorDescription());
+    } catch (const FileSystemError &error) {
+        output.fail(error.errorDescription);
+    }
+    return std::nullopt;
+}
+
+} // namespace kestrune::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "CliOutput.h"
+#include "core/ParseResult.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace kestrune::cli {
+
+// What a SOURCE argument names: an iPod root or backup folder, or a database file itself.
+struct Source {
+    QString databasePath;
+    // The playlists folder beside the database: ROOT/Playlists when the source is an iPod tree.
+    std::optional<QString> playlistsFolder;
+};
+
+// Resolves SOURCE the way the device detector recognises an iPod folder. Reports a one-line error and
+// gives none when SOURCE is neither.
+std::optional<Source> resolveSource(const QString &argument, CliOutput &output);
+
+// Parses the source's database, reporting a read or parse failure as one line.
+std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output);
+
+} // namespace kestrune::cli
