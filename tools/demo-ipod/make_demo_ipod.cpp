@@ -1,0 +1,93 @@
+// Writes examples/demo-ipod: a small iPod tree whose database is built with the project's test builder.
+// It shows what a conversion meets in practice: non-ASCII and unsafe playlist names, a smart playlist, an
+// empty one, an existing playlist file to update, and macOS dot files to clean.
+// Usage: kestrune-make-demo-ipod DIR
+#include "support/ITunesDBBuilder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+using namespace kestrune::testing;
+
+namespace {
+
+struct DemoSong {
+    const char16_t *title;
+    const char16_t *artist;
+    const char16_t *album;
+    const char *path;
+    quint32 ms;
+};
+
+// Invented songs; the music files themselves are not part of the demo.
+constexpr DemoSong songs[] = {
+    {u"Northbound Highway", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:KQWE.mp3", 254000},
+    {u"Desert Lights", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:ZPLM.mp3", 301000},
+    {u"Rain on the Windshield", u"Marla Quinn", u"Weather Reports", ":iPod_Control:Music:F03:HJKA.m4a", 198500},
+    {u"Caffè al Volo", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F07:CAFE.mp3", 187000},
+    {u"Sole d'Agosto", u"Lucia Ferrè", u"Estate", ":iPod_Control:Music:F07:SOLE.mp3", 223000},
+    {u"Città di Notte", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F12:NOTT.m4a", 265250},
+    {u"Stadium Anthem", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:ROCK.mp3", 342000},
+    {u"Amplifier Heart", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:AMPH.mp3", 287000},
+    {u"Neon Sunrise '84", u"Synth Avenue", u"Retrograde", ":iPod_Control:Music:F34:NEON.mp3", 276000},
+    {u"Tokyo Drift ☆ 東京", u"Kumo", u"Night Trains", ":iPod_Control:Music:F40:TKYO.m4a", 231000},
+    {u"Voice Memo", u"", u"", ":iPod_Control:Music:F49:MEMO.m4a", 61000},
+    {u"", u"Unknown Artist", u"", ":iPod_Control:Music:F49:UNTL.mp3", 95000},
+};
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+QByteArray demoDatabase()
+{
+    ITunesDBBuilder builder;
+    PlaylistItem master{.name = QStringLiteral("Demo iPod"), .isMaster = true, .dbId = 0x1001};
+    quint32 id = 101;
+    for (const DemoSong &song : songs) {
+        TrackItem track = TrackItem::song(id, QString::fromUtf16(song.title), QString::fromUtf16(song.artist),
+                                          QString::fromLatin1(song.path), song.ms);
+        if (song.album[0] != u'\0')
+            track.strings.append(StringObject::utf16(3, QString::fromUtf16(song.album)));
+        track.year = 2000 + id % 20;
+        track.trackNumber = id % 12 + 1;
+        builder.addTrack(track);
+        master.entries.append(PlaylistEntry{.trackId = id++});
+    }
+    builder.addPlaylist(master);
+    builder.addPlaylist(PlaylistItem::of(QStringLiteral("Road Trip"), {101, 102, 103, 109, 101}, 0x2002));
+    builder.addPlaylist(PlaylistItem::of(QStringLiteral("Caffè Italiano ☕"), {104, 105, 106}, 0x3003));
+    builder.addPlaylist(PlaylistItem::of(QStringLiteral("Rock: Classics / 80's <Live>"), {107, 108, 109}, 0x4004));
+    PlaylistItem smart = PlaylistItem::of(QStringLiteral("Most Played"), {107, 110, 104}, 0x5005);
+    smart.extraObjects = {StringObject::opaque(50), StringObject::opaque(51)};
+    builder.addPlaylist(smart);
+    builder.addPlaylist(PlaylistItem::of(QStringLiteral("Voice & Odds"), {111, 112}, 0x6006));
+    builder.addPlaylist(PlaylistItem::of(QStringLiteral("Empty for Now"), {}, 0x7007));
+    return builder.build();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (app.arguments().size() != 2)
+        qFatal("usage: kestrune-make-demo-ipod DIR");
+    const QDir root(app.arguments().at(1));
+
+    writeFile(root.filePath(QStringLiteral("iPod_Control/iTunes/iTunesDB")), demoDatabase());
+    // A playlist file left by an earlier export, named in another case: the conversion updates it.
+    writeFile(root.filePath(QStringLiteral("Playlists/road trip.m3u8")),
+              "#EXTM3U\n#EXTINF:254,The Lanterns - Northbound Highway\n/iPod_Control/Music/F00/KQWE.mp3\n");
+    // What macOS leaves on a FAT device, and Rockbox's own folder, which cleaning never touches.
+    writeFile(root.filePath(QStringLiteral("Playlists/._road trip.m3u8")), QByteArray(82, '\0'));
+    writeFile(root.filePath(QStringLiteral("Playlists/.DS_Store")), QByteArray("Bud1", 4));
+    writeFile(root.filePath(QStringLiteral(".rockbox/config.cfg")), "volume: -25\n");
+    writeFile(root.filePath(QStringLiteral("iPod_Control/Music/F00/._KQWE.mp3")), QByteArray(82, '\0'));
+    return 0;
+}
