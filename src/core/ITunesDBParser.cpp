@@ -1,5 +1,6 @@
 #include "ITunesDBParser.h"
 
+#include "ChunkWalk.h"
 #include "FileSystemError.h"
 #include "MhodText.h"
 #include "ParseError.h"
@@ -11,6 +12,8 @@
 namespace kestrune {
 
 namespace {
+
+using namespace chunkwalk;
 
 // Object types of a track's string objects.
 enum MhodType : quint32 {
@@ -26,13 +29,6 @@ enum MhodType : quint32 {
 bool isSmartMarker(quint32 type)
 {
     return type == 50 || type == 51 || type == 100 || type == 101;
-}
-
-// Reads a four-byte tag and tells whether it is `expected`. An unreadable tag is a mismatch.
-bool readTag(BinaryReader &reader, QLatin1StringView expected)
-{
-    const std::optional<QString> tag = reader.readFourCC();
-    return tag && *tag == expected;
 }
 
 void storeTrackString(Track &track, quint32 type, QString text)
@@ -61,25 +57,6 @@ void storeTrackString(Track &track, quint32 type, QString text)
     }
 }
 
-// The track id of one playlist entry: +24, else +20, else +16, the first non-zero word.
-quint32 readEntryTrackId(BinaryReader &reader, qsizetype entryStart, quint32 headerLen)
-{
-    quint32 trackId = 0;
-    if (headerLen >= 28) {
-        reader.seek(entryStart + 24);
-        trackId = reader.readUInt32LE().value_or(0);
-    }
-    if (trackId == 0 && headerLen >= 24) {
-        reader.seek(entryStart + 20);
-        trackId = reader.readUInt32LE().value_or(0);
-    }
-    if (trackId == 0) {
-        reader.seek(entryStart + 16);
-        trackId = reader.readUInt32LE().value_or(0);
-    }
-    return trackId;
-}
-
 void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &tracks)
 {
     for (Playlist &playlist : playlists) {
@@ -100,7 +77,7 @@ ParseResult ITunesDBParser::parse(const QUrl &fileURL) const
     QFile file(path);
     const auto failure = [&] {
         return FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
-                                       .arg(QFileInfo(path).fileName(), file.errorString())};
+                                         .arg(QFileInfo(path).fileName(), file.errorString())};
     };
     if (!file.open(QIODevice::ReadOnly))
         throw failure();
@@ -187,39 +164,18 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
                                             ParseBudget &budget) const
 {
     QList<Track> tracks;
-    if (reader.remainingBytes() < 12)
-        return tracks;
-    const qsizetype listStart = reader.offset();
-    if (!readTag(reader, QLatin1StringView("mhlt")))
-        return tracks;
-    const std::optional<quint32> headerLen = reader.readUInt32LE();
-    const std::optional<quint32> count = reader.readUInt32LE();
-    if (!headerLen || !count || !budget.spendChunk())
-        return tracks;
-    reader.seek(listStart + *headerLen);
-
-    for (quint32 index = 0; index < *count && budget.spendIteration(); ++index) {
-        if (reader.offset() >= sectionEnd || reader.remainingBytes() < 20)
+    const std::optional<quint32> count = openList(reader, QLatin1StringView("mhlt"), budget);
+    for (quint32 index = 0; count && index < *count && budget.spendIteration(); ++index) {
+        ItemHead item;
+        const ItemStep step = nextItem(reader, QLatin1StringView("mhit"), sectionEnd, 20, budget, item);
+        if (step == ItemStep::stop)
             break;
-        const qsizetype itemStart = reader.offset();
-        const std::optional<QString> tag = reader.readFourCC();
-        if (!tag)
-            break;
-        if (*tag != QLatin1StringView("mhit")) {
-            reader.seek(itemStart + 1); // one byte at a time, and the step uses up an item
+        if (step == ItemStep::skipped)
             continue;
-        }
-        const std::optional<quint32> itemHeaderLen = reader.readUInt32LE();
-        const std::optional<quint32> itemTotalLen = reader.readUInt32LE();
-        const std::optional<quint32> stringCount = reader.readUInt32LE();
-        const std::optional<quint32> trackId = reader.readUInt32LE();
-        if (!itemHeaderLen || !itemTotalLen || !stringCount || !trackId || !budget.spendChunk())
-            break;
 
-        Track track;
-        track.id = *trackId;
-        if (*itemHeaderLen >= 60) {
-            reader.seek(itemStart + 36);
+        Track track{.id = item.word16};
+        if (item.headerLen >= 60) {
+            reader.seek(item.start + 36);
             track.fileSize = reader.readUInt32LE().value_or(0);
             track.totalTimeMs = reader.readUInt32LE().value_or(0);
             track.trackNumber = reader.readUInt32LE().value_or(0);
@@ -227,30 +183,16 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
             track.year = reader.readUInt32LE().value_or(0);
             track.bitrate = reader.readUInt32LE().value_or(0);
         }
-
-        reader.seek(itemStart + *itemHeaderLen);
-        const qsizetype itemEnd = itemStart + *itemTotalLen;
-        for (quint32 s = 0; s < *stringCount && budget.spendIteration(); ++s) {
-            if (reader.offset() >= itemEnd || reader.remainingBytes() < 16)
-                break;
-            const qsizetype mhodStart = reader.offset();
-            if (!readTag(reader, QLatin1StringView("mhod")))
-                break;
-            const quint32 mhodHeaderLen = reader.readUInt32LE().value_or(0);
-            const quint32 mhodTotalLen = reader.readUInt32LE().value_or(0);
-            const quint32 mhodType = reader.readUInt32LE().value_or(0);
-            if (!budget.spendChunk())
-                break;
-            storeTrackString(track, mhodType,
-                             readMhodString(reader, mhodStart, mhodHeaderLen, mhodTotalLen, budget));
-            reader.seek(mhodStart + mhodTotalLen);
-            if (mhodTotalLen == 0)
-                break;
-        }
+        reader.seek(item.start + item.headerLen);
+        walkDataObjects(reader, item.end(), item.word12, budget,
+                        [&](quint32 type, qsizetype start, quint32 headerLen, quint32 totalLen) {
+                            storeTrackString(track, type,
+                                             readMhodString(reader, start, headerLen, totalLen, budget));
+                        });
 
         tracks.append(std::move(track));
-        reader.seek(itemEnd);
-        if (*itemTotalLen == 0)
+        reader.seek(item.end());
+        if (item.totalLen == 0)
             break;
     }
     return tracks;
@@ -260,90 +202,41 @@ QList<Playlist> ITunesDBParser::parsePlaylistList(BinaryReader &reader, qsizetyp
                                                   ParseBudget &budget) const
 {
     QList<Playlist> playlists;
-    if (reader.remainingBytes() < 12)
-        return playlists;
-    const qsizetype listStart = reader.offset();
-    if (!readTag(reader, QLatin1StringView("mhlp")))
-        return playlists;
-    const std::optional<quint32> headerLen = reader.readUInt32LE();
-    const std::optional<quint32> count = reader.readUInt32LE();
-    if (!headerLen || !count || !budget.spendChunk())
-        return playlists;
-    reader.seek(listStart + *headerLen);
-
-    for (quint32 index = 0; index < *count && budget.spendIteration(); ++index) {
-        if (reader.offset() >= sectionEnd || reader.remainingBytes() < 24)
+    const std::optional<quint32> count = openList(reader, QLatin1StringView("mhlp"), budget);
+    for (quint32 index = 0; count && index < *count && budget.spendIteration(); ++index) {
+        ItemHead item;
+        const ItemStep step = nextItem(reader, QLatin1StringView("mhyp"), sectionEnd, 24, budget, item);
+        if (step == ItemStep::stop)
             break;
-        const qsizetype itemStart = reader.offset();
-        const std::optional<QString> tag = reader.readFourCC();
-        if (!tag)
-            break;
-        if (*tag != QLatin1StringView("mhyp")) {
-            reader.seek(itemStart + 1);
+        if (step == ItemStep::skipped)
             continue;
-        }
-        const std::optional<quint32> itemHeaderLen = reader.readUInt32LE();
-        const std::optional<quint32> itemTotalLen = reader.readUInt32LE();
-        const std::optional<quint32> stringCount = reader.readUInt32LE();
-        const std::optional<quint32> entryCount = reader.readUInt32LE();
-        if (!itemHeaderLen || !itemTotalLen || !stringCount || !entryCount || !budget.spendChunk())
-            break;
 
         Playlist playlist;
-        if (*itemHeaderLen >= 24)
+        if (item.headerLen >= 24)
             playlist.isMaster = reader.readUInt32LE() == 1u;
-        if (*itemHeaderLen >= 36) {
-            reader.seek(itemStart + 28);
+        if (item.headerLen >= 36) {
+            reader.seek(item.start + 28);
             playlist.dbId = reader.readUInt64LE().value_or(0);
         }
-
-        reader.seek(itemStart + *itemHeaderLen);
-        const qsizetype itemEnd = itemStart + *itemTotalLen;
-        for (quint32 s = 0; s < *stringCount && budget.spendIteration(); ++s) {
-            if (reader.offset() >= itemEnd || reader.remainingBytes() < 16)
-                break;
-            const qsizetype mhodStart = reader.offset();
-            if (!readTag(reader, QLatin1StringView("mhod"))) {
-                reader.seek(mhodStart); // the entries may start right here
-                break;
-            }
-            const quint32 mhodHeaderLen = reader.readUInt32LE().value_or(0);
-            const quint32 mhodTotalLen = reader.readUInt32LE().value_or(0);
-            const quint32 mhodType = reader.readUInt32LE().value_or(0);
-            if (!budget.spendChunk())
-                break;
-            if (isSmartMarker(mhodType))
-                playlist.isSmart = true;
-            else if (mhodType == mhodTitle)
-                playlist.name = readMhodString(reader, mhodStart, mhodHeaderLen, mhodTotalLen, budget);
-            reader.seek(mhodStart + mhodTotalLen);
-            if (mhodTotalLen == 0)
-                break;
-        }
-
-        for (quint32 e = 0; e < *entryCount && budget.spendIteration(); ++e) {
-            if (reader.remainingBytes() < 24)
-                break;
-            const qsizetype entryStart = reader.offset();
-            if (!readTag(reader, QLatin1StringView("mhip")) || !budget.spendChunk())
-                break;
-            const quint32 entryHeaderLen = reader.readUInt32LE().value_or(0);
-            const quint32 entryTotalLen = reader.readUInt32LE().value_or(0);
-            if (const quint32 trackId = readEntryTrackId(reader, entryStart, entryHeaderLen))
-                playlist.trackIds.append(trackId);
-            reader.seek(entryStart + entryTotalLen);
-            if (entryTotalLen == 0)
-                break;
-        }
+        reader.seek(item.start + item.headerLen);
+        walkDataObjects(reader, item.end(), item.word12, budget,
+                        [&](quint32 type, qsizetype start, quint32 headerLen, quint32 totalLen) {
+                            if (isSmartMarker(type))
+                                playlist.isSmart = true;
+                            else if (type == mhodTitle)
+                                playlist.name = readMhodString(reader, start, headerLen, totalLen, budget);
+                        });
+        playlist.trackIds = readEntries(reader, item.word16, budget);
 
         if (playlist.name.isEmpty()) {
-            playlist.name = playlist.isMaster ? QStringLiteral("iPod Library")
-                                              : QStringLiteral("Playlist ") + QString::number(playlists.size() + 1);
+            playlist.name = playlist.isMaster
+                                ? QStringLiteral("iPod Library")
+                                : QStringLiteral("Playlist ") + QString::number(playlists.size() + 1);
         }
         playlist.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
         playlists.append(std::move(playlist));
-        reader.seek(itemStart + *itemTotalLen);
-        if (*itemTotalLen == 0)
+        reader.seek(item.end());
+        if (item.totalLen == 0)
             break;
     }
     return playlists;
