@@ -1,0 +1,70 @@
+#include "InterfaceTexts.h"
+
+#include "LocalizationManager.h"
+
+namespace kestrune {
+
+namespace {
+
+L10n::Key payloadKey(L10n::KeyId id, int count, const QString &text)
+{
+    switch (id) {
+    case L10n::KeyId::applyChangesButton:
+        return L10n::Key::applyChangesButton(count);
+    case L10n::KeyId::totalCount:
+        return L10n::Key::totalCount(count);
+    case L10n::KeyId::selectAll:
+        return L10n::Key::selectAll(count);
+    case L10n::KeyId::deleteMultiple:
+        return L10n::Key::deleteMultiple(count);
+    case L10n::KeyId::pendingDeleteBanner:
+        return L10n::Key::pendingDeleteBanner(count);
+    case L10n::KeyId::tracksCount:
+        return L10n::Key::tracksCount(count);
+    case L10n::KeyId::tracksAndDuration:
+        return L10n::Key::tracksAndDuration(count, text);
+    case L10n::KeyId::convertingProgress:
+        return L10n::Key::convertingProgress(count);
+    default:
+        return L10n::Key::saveAndExport(count);
+    }
+}
+
+} // namespace
+
+InterfaceTexts::InterfaceTexts(LocalizationManager &manager, QObject *parent)
+    : QObject(parent), m_manager(manager)
+{
+    rebuild();
+    connect(&m_manager, &LocalizationManager::currentLanguageChanged, this, [this] {
+        rebuild();
+        Q_EMIT languageChanged();
+    });
+}
+
+QString InterfaceTexts::languageCode() const
+{
+    return rawValue(m_manager.currentLanguage());
+}
+
+QString InterfaceTexts::format(const QString &languageCode, const QString &key, int count,
+                               const QString &text) const
+{
+    const std::optional<L10n::KeyId> id = L10n::keyFromName(key);
+    if (!id || !L10n::hasPayload(*id))
+        return key;
+    return payloadKey(*id, count, text)
+        .translation(appLanguageFromRawValue(languageCode).value_or(AppLanguage::english));
+}
+
+void InterfaceTexts::rebuild()
+{
+    m_texts.clear();
+    const AppLanguage language = m_manager.currentLanguage();
+    for (int value = L10n::payloadKeyCount; value < L10n::keyCount; ++value) {
+        const auto id = L10n::KeyId(value);
+        m_texts.insert(L10n::keyName(id), L10n::Key(id).translation(language));
+    }
+}
+
+} // namespace kestrune

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "L10n.h"
+
+#include <QObject>
+#include <QVariantMap>
+
+namespace kestrune {
+
+class LocalizationManager;
+
+// The text table as bindable values for the views: every text without payload by key name, renewed and
+// announced whenever the language changes, and the texts with payload through format().
+class InterfaceTexts : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QVariantMap texts READ texts NOTIFY languageChanged)
+    Q_PROPERTY(QString languageCode READ languageCode NOTIFY languageChanged)
+
+public:
+    explicit InterfaceTexts(LocalizationManager &manager, QObject *parent = nullptr);
+
+    [[nodiscard]] QVariantMap texts() const { return m_texts; }
+    [[nodiscard]] QString languageCode() const;
+
+    // A text with payload by key name ("selectAll"). A view passes languageCode so that its binding is
+    // evaluated again when the language changes. An unknown or plain key gives the key's own name.
+    Q_INVOKABLE QString format(const QString &languageCode, const QString &key, int count,
+                               const QString &text = QString()) const;
+
+Q_SIGNALS:
+    void languageChanged();
+
+private:
+    void rebuild();
+
+    LocalizationManager &m_manager;
+    QVariantMap m_texts;
+};
+
+} // namespace kestrune
