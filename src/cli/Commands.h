@@ -13,6 +13,7 @@ int runTracks(const QStringList &arguments, CliOutput &output);
 int runConvert(const QStringList &arguments, CliOutput &output);
 int runFiles(const QStringList &arguments, CliOutput &output);
 int runClean(const QStringList &arguments, CliOutput &output);
+int runDevices(const QStringList &arguments, CliOutput &output);
 
 // Parses a command's arguments; on a usage error prints one line and returns false.
 bool parseCommandLine(QCommandLineParser &parser, const QString &command, const QStringList &arguments,

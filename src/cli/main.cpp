@@ -30,6 +30,7 @@ Commands:
       --json              print the results as JSON
   files DIR [--json]                        list the playlist files in a folder
   clean DIR                                 remove macOS dot files below DIR (.rockbox is kept)
+  devices [--volumes DIR] [--json]          list the iPods among the mounted volumes (or the entries of DIR)
 
 Exit status: 0 success, 1 some playlist failed, 2 usage error or unreadable database.
 )";
@@ -58,7 +59,7 @@ int main(int argc, char *argv[])
     const std::map<QString, std::function<int(const QStringList &, CliOutput &)>> commands{
         {QStringLiteral("playlists"), runPlaylists}, {QStringLiteral("tracks"), runTracks},
         {QStringLiteral("convert"), runConvert},     {QStringLiteral("files"), runFiles},
-        {QStringLiteral("clean"), runClean},
+        {QStringLiteral("clean"), runClean},         {QStringLiteral("devices"), runDevices},
     };
     const auto found = commands.find(command);
     if (found == commands.end()) {

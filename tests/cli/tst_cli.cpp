@@ -87,6 +87,7 @@ private Q_SLOTS:
     void convertChoosesPlaylists();
     void convertReportsFailedPlaylists();
     void filesAndClean();
+    void devicesAmongFolderEntries();
     void errors_data();
     void errors();
     void versionAndHelp();
@@ -254,6 +255,29 @@ void TestCli::filesAndClean()
     const Run clean = cli({"clean", ipod.root()});
     QCOMPARE(clean.exitCode, 0);
     QVERIFY(clean.out.startsWith("2 dot file(s) removed"));
+}
+
+void TestCli::devicesAmongFolderEntries()
+{
+    IPod ipod;
+    QTemporaryDir volumes;
+    QVERIFY(QDir(volumes.path()).mkdir("USB STICK"));
+    QVERIFY(QFile::link(ipod.root(), volumes.filePath("IPOD")));
+    const Run run = cli({"devices", "--volumes", volumes.path(), "--json"});
+    QCOMPARE(run.exitCode, 0);
+    const QJsonArray devices = run.json()["devices"].toArray();
+    QCOMPARE(devices.size(), 1);
+    const QJsonObject device = devices[0].toObject();
+    QCOMPARE(device.keys(), (QStringList{"database", "freeDiskSpace", "mountPath", "name", "playlistsFolder",
+                                         "totalDiskSpace"}));
+    QCOMPARE(device["mountPath"].toString(), volumes.filePath("IPOD"));
+    QCOMPARE(device["database"].toString(), volumes.filePath("IPOD/iPod_Control/iTunes/iTunesDB"));
+    QCOMPARE(device["playlistsFolder"].toString(), volumes.filePath("IPOD/Playlists"));
+    QVERIFY(device["freeDiskSpace"].toDouble() > 0);
+
+    const Run text = cli({"devices", "--volumes", volumes.path()});
+    QVERIFY(text.out.contains("IPOD"));
+    QCOMPARE(cli({"devices", "--volumes", volumes.filePath("none")}).exitCode, 2);
 }
 
 void TestCli::errors_data()

@@ -1,0 +1,97 @@
+#include "IPodDetector.h"
+
+#include "IPodLocation.h"
+
+#include <QThread>
+
+namespace kestrune {
+
+IPodDetector::Services IPodDetector::systemServices()
+{
+    return Services{systemCandidateSource(), systemVolumeInfo, createSystemVolumeWatcher()};
+}
+
+IPodDetector::IPodDetector(Services services, QObject *parent)
+    : QObject(parent), m_services(std::move(services))
+{
+    startListening();
+    scanVolumes();
+}
+
+void IPodDetector::startListening()
+{
+    if (m_services.watcher) {
+        connect(m_services.watcher.get(), &VolumeWatcher::volumesChanged, this, &IPodDetector::scanVolumes,
+                Qt::UniqueConnection);
+    }
+}
+
+void IPodDetector::setSelectedDevice(const std::optional<IPodDevice> &device)
+{
+    if (m_selectedDevice == device)
+        return;
+    m_selectedDevice = device;
+    Q_EMIT selectedDeviceChanged();
+}
+
+void IPodDetector::setScanning(bool scanning)
+{
+    if (m_isScanning == scanning)
+        return;
+    m_isScanning = scanning;
+    Q_EMIT isScanningChanged();
+}
+
+void IPodDetector::scanVolumes()
+{
+    Q_ASSERT(thread() == QThread::currentThread());
+    setScanning(true);
+    const std::optional<QStringList> candidates = m_services.candidates();
+    if (!candidates) {
+        setScanning(false);
+        return;
+    }
+
+    QList<IPodDevice> devices;
+    for (const QString &candidate : *candidates) {
+        if (std::optional<IPodDevice> device = inspectLocation(QUrl::fromLocalFile(candidate)))
+            devices.append(std::move(*device));
+    }
+    const bool listChanged = devices != m_detectedDevices;
+    m_detectedDevices = std::move(devices);
+    if (listChanged)
+        Q_EMIT detectedDevicesChanged();
+
+    // The selected device stays as it was (old id, old free space) while its folder is still listed.
+    const bool selectionStillListed =
+        m_selectedDevice &&
+        std::any_of(m_detectedDevices.cbegin(), m_detectedDevices.cend(),
+                    [this](const IPodDevice &d) { return d.mountURL == m_selectedDevice->mountURL; });
+    if (!selectionStillListed) {
+        setSelectedDevice(m_detectedDevices.isEmpty() ? std::nullopt
+                                                      : std::optional(m_detectedDevices.first()));
+    }
+    setScanning(false);
+}
+
+std::optional<IPodDevice> IPodDetector::inspectLocation(const QUrl &url) const
+{
+    return inspectIPodLocation(url, m_services.volumeInfo);
+}
+
+std::optional<IPodDevice> IPodDetector::addCustomLocation(const QUrl &url)
+{
+    std::optional<IPodDevice> device = inspectLocation(url);
+    if (!device)
+        return std::nullopt;
+    const bool listed = std::any_of(m_detectedDevices.cbegin(), m_detectedDevices.cend(),
+                                    [&url](const IPodDevice &d) { return d.mountURL == url; });
+    if (!listed) {
+        m_detectedDevices.append(*device);
+        Q_EMIT detectedDevicesChanged();
+    }
+    setSelectedDevice(device);
+    return device;
+}
+
+} // namespace kestrune

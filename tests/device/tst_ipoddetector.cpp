@@ -1,0 +1,216 @@
+#include "device/IPodDetector.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace kestrune;
+
+namespace {
+
+// A stand-in for the system's mount notifications.
+class FakeWatcher : public VolumeWatcher {
+public:
+    void mountHappened() { Q_EMIT volumesChanged(); }
+};
+
+// A folder that plays /Volumes: each entry is a volume, an iPod when it holds a database.
+struct Volumes {
+    QTemporaryDir dir;
+    std::optional<QString> label;
+    bool listable = true;
+    FakeWatcher *watcher = new FakeWatcher;
+
+    QString addIPod(const QString &name, const char *database = "iTunesDB")
+    {
+        const QString root = dir.filePath(name);
+        QDir().mkpath(root + "/iPod_Control/iTunes");
+        QFile file(root + "/iPod_Control/iTunes/" + QLatin1StringView(database));
+        file.open(QIODevice::WriteOnly);
+        return root;
+    }
+    void remove(const QString &name) { QDir(dir.filePath(name)).removeRecursively(); }
+
+    std::unique_ptr<IPodDetector> detector()
+    {
+        const CandidateSource entries = entriesOfFolder(dir.path());
+        return std::make_unique<IPodDetector>(IPodDetector::Services{
+            [this, entries] { return listable ? entries() : std::nullopt; },
+            [this](const QString &) { return VolumeInfo{label, 16'000'000'000, 1'234'567'890}; },
+            std::unique_ptr<VolumeWatcher>(watcher)});
+    }
+};
+
+QStringList namesOf(const QList<IPodDevice> &devices)
+{
+    QStringList names;
+    for (const IPodDevice &device : devices)
+        names.append(device.name);
+    return names;
+}
+
+} // namespace
+
+class TestIPodDetector : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void inspectsLocations_data();
+    void inspectsLocations();
+    void describesDevice();
+    void emptyVolumesGiveNoSelection();
+    void selectionFollowsMounts();
+    void failedListingKeepsState();
+    void customLocations();
+    void customLocationIsForgottenAtNextScan();
+    void scanningFlagSurroundsScan();
+};
+
+void TestIPodDetector::inspectsLocations_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("database"); // empty: not an iPod
+    QTest::addRow("iTunesDB") << QStringList{"iTunesDB"} << "iTunesDB";
+    QTest::addRow("only iTunesSD") << QStringList{"iTunesSD"} << "iTunesSD";
+    QTest::addRow("both prefer iTunesDB") << QStringList{"iTunesSD", "iTunesDB"} << "iTunesDB";
+    QTest::addRow("no database") << QStringList{"iTunesPrefs"} << "";
+}
+
+void TestIPodDetector::inspectsLocations()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, database);
+    Volumes volumes;
+    QString root;
+    for (const QString &file : files)
+        root = volumes.addIPod("IPOD", file.toLatin1().constData());
+    const auto detector = volumes.detector();
+    const std::optional<IPodDevice> device = detector->inspectLocation(QUrl::fromLocalFile(root));
+    QCOMPARE(device.has_value(), !database.isEmpty());
+    if (device)
+        QCOMPARE(device->itunesDBURL.toLocalFile(), root + "/iPod_Control/iTunes/" + database);
+}
+
+void TestIPodDetector::describesDevice()
+{
+    Volumes volumes;
+    const QString root = volumes.addIPod("Backup");
+    const auto detector = volumes.detector();
+    const IPodDevice unnamed = *detector->inspectLocation(QUrl::fromLocalFile(root));
+    QCOMPARE(unnamed.name, "Backup"); // no volume name: the folder's own
+    QCOMPARE(unnamed.mountURL, QUrl::fromLocalFile(root));
+    QCOMPARE(unnamed.playlistsURL.toLocalFile(), root + "/Playlists");
+    QCOMPARE(unnamed.totalDiskSpace, std::optional<qint64>(16'000'000'000));
+    QCOMPARE(unnamed.formattedTotalSpace(), std::optional<QString>("16.00 GB"));
+    QCOMPARE(unnamed.formattedFreeSpace(), std::optional<QString>("1.23 GB"));
+
+    volumes.label = "JOHN'S IPOD";
+    const IPodDevice labelled = *detector->inspectLocation(QUrl::fromLocalFile(root));
+    QCOMPARE(labelled.name, "JOHN'S IPOD");
+    QVERIFY(labelled.id != unnamed.id); // every inspection makes a new id
+
+    const IPodDevice unknownSpace{};
+    QCOMPARE(unknownSpace.formattedFreeSpace(), std::nullopt);
+}
+
+void TestIPodDetector::emptyVolumesGiveNoSelection()
+{
+    Volumes volumes;
+    QDir(volumes.dir.path()).mkdir("USB STICK");
+    const auto detector = volumes.detector();
+    QVERIFY(detector->detectedDevices().isEmpty());
+    QCOMPARE(detector->selectedDevice(), std::nullopt);
+}
+
+void TestIPodDetector::selectionFollowsMounts()
+{
+    Volumes volumes;
+    volumes.addIPod("A");
+    const auto detector = volumes.detector();
+    QCOMPARE(detector->selectedDevice()->name, "A");
+    const IPodDevice selectedA = *detector->selectedDevice();
+    QSignalSpy selectionChanged(detector.get(), &IPodDetector::selectedDeviceChanged);
+
+    volumes.addIPod("B");
+    volumes.watcher->mountHappened();
+    QCOMPARE(detector->detectedDevices().size(), 2);
+    QCOMPARE(detector->selectedDevice(), std::optional(selectedA)); // the old value, old id and all
+    QCOMPARE(selectionChanged.count(), 0);
+
+    volumes.remove("A");
+    volumes.watcher->mountHappened();
+    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"B"});
+    QCOMPARE(detector->selectedDevice()->name, "B");
+
+    volumes.remove("B");
+    volumes.watcher->mountHappened();
+    QCOMPARE(detector->selectedDevice(), std::nullopt);
+    QCOMPARE(selectionChanged.count(), 2);
+}
+
+void TestIPodDetector::failedListingKeepsState()
+{
+    Volumes volumes;
+    volumes.addIPod("A");
+    const auto detector = volumes.detector();
+    volumes.remove("A");
+    volumes.listable = false;
+    detector->scanVolumes();
+    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
+    QCOMPARE(detector->selectedDevice()->name, "A");
+    QVERIFY(!detector->isScanning());
+}
+
+void TestIPodDetector::customLocations()
+{
+    Volumes volumes;
+    volumes.addIPod("A");
+    QTemporaryDir elsewhere;
+    const QString backup = elsewhere.filePath("Backup");
+    QDir().mkpath(backup + "/iPod_Control/iTunes");
+    QFile(backup + "/iPod_Control/iTunes/iTunesDB").open(QIODevice::WriteOnly);
+    const auto detector = volumes.detector();
+
+    const std::optional<IPodDevice> first = detector->addCustomLocation(QUrl::fromLocalFile(backup));
+    QVERIFY(first);
+    QCOMPARE(namesOf(detector->detectedDevices()), (QStringList{"A", "Backup"}));
+    QCOMPARE(detector->selectedDevice(), first);
+
+    const std::optional<IPodDevice> second = detector->addCustomLocation(QUrl::fromLocalFile(backup));
+    QCOMPARE(detector->detectedDevices().size(), 2); // listed once
+    QCOMPARE(detector->detectedDevices().last(), *first);
+    QCOMPARE(detector->selectedDevice(), second); // but the latest inspection is selected
+
+    QSignalSpy anyChange(detector.get(), &IPodDetector::detectedDevicesChanged);
+    QCOMPARE(detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path())), std::nullopt);
+    QCOMPARE(detector->selectedDevice(), second);
+    QCOMPARE(anyChange.count(), 0);
+}
+
+void TestIPodDetector::customLocationIsForgottenAtNextScan()
+{
+    Volumes volumes;
+    volumes.addIPod("A");
+    QTemporaryDir elsewhere;
+    QDir().mkpath(elsewhere.filePath("iPod_Control/iTunes"));
+    QFile(elsewhere.filePath("iPod_Control/iTunes/iTunesDB")).open(QIODevice::WriteOnly);
+    const auto detector = volumes.detector();
+    detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path()));
+    volumes.watcher->mountHappened();
+    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
+    QCOMPARE(detector->selectedDevice()->name, "A");
+}
+
+void TestIPodDetector::scanningFlagSurroundsScan()
+{
+    Volumes volumes;
+    const auto detector = volumes.detector();
+    QSignalSpy scanning(detector.get(), &IPodDetector::isScanningChanged);
+    detector->scanVolumes();
+    QCOMPARE(scanning.count(), 2);
+    QVERIFY(!detector->isScanning());
+}
+
+QTEST_GUILESS_MAIN(TestIPodDetector)
+#include "tst_ipoddetector.moc"
