@@ -1,0 +1,339 @@
+// Construction, published state and database loading.
+#include "AppViewModel.h"
+
+#include "BackgroundTask.h"
+#include "PlaylistFilter.h"
+#include "core/FileSystemError.h"
+#include "core/ParseError.h"
+#include "export/ExistingFileMatching.h"
+
+namespace kestrune {
+
+struct AppViewModel::LoadOutcome {
+    std::optional<QString> error;
+    ParseResult library;
+    QList<ExistingRockboxFile> existingFiles;
+    QList<RockboxFileItem> fileItems;
+};
+
+AppViewModel::AppViewModel(Services services, QObject *parent)
+    : QObject(parent), m_detector(std::make_unique<IPodDetector>(std::move(services.detector))),
+      m_languageManager(services.languageManager ? services.languageManager : &LocalizationManager::shared()),
+      m_folderPicker(std::move(services.folderPicker)), m_fileRevealer(std::move(services.fileRevealer)),
+      m_generator(std::move(services.generator))
+{
+    m_successFeedback.setSingleShot(true);
+    m_successFeedback.setInterval(2500);
+    connect(&m_successFeedback, &QTimer::timeout, this, [this] { setConversionSuccessFeedback(false); });
+
+    connect(m_languageManager, &LocalizationManager::currentLanguageChanged, this,
+            &AppViewModel::languageChanged);
+    // Queued, as a selection is delivered on the next turn of the event loop; the current one too.
+    connect(m_detector.get(), &IPodDetector::selectedDeviceChanged, this, &AppViewModel::followSelectedDevice,
+            Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &AppViewModel::followSelectedDevice, Qt::QueuedConnection);
+}
+
+AppViewModel::~AppViewModel() = default;
+
+template <typename T> void AppViewModel::publish(T &field, T value, void (AppViewModel::*changed)())
+{
+    if (field == value)
+        return;
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+void AppViewModel::setErrorMessage(std::optional<QString> message)
+{
+    publish(m_errorMessage, std::move(message), &AppViewModel::errorMessageChanged);
+}
+
+void AppViewModel::setErrorMessageText(const QString &text)
+{
+    setErrorMessage(text.isEmpty() ? std::nullopt : std::optional(text));
+}
+
+void AppViewModel::setStatusMessage(std::optional<QString> message)
+{
+    publish(m_statusMessage, std::move(message), &AppViewModel::statusMessageChanged);
+}
+
+void AppViewModel::setTracks(TrackTable tracks)
+{
+    // Tables are compared only when their sizes agree; a fresh load after clear() never compares.
+    publish(m_tracks, std::move(tracks), &AppViewModel::tracksChanged);
+}
+
+void AppViewModel::setPlaylists(QList<Playlist> playlists)
+{
+    if (m_playlists == playlists)
+        return;
+    m_playlists = std::move(playlists);
+    refilterPlaylists();
+    Q_EMIT playlistsChanged();
+}
+
+void AppViewModel::setSelectedPlaylistIds(QSet<QString> ids)
+{
+    if (m_selectedPlaylistIds == ids)
+        return;
+    QSet<QString> touched = m_selectedPlaylistIds;
+    touched.unite(ids);
+    touched.subtract(QSet<QString>(m_selectedPlaylistIds).intersect(ids));
+    m_selectedPlaylistIds = std::move(ids);
+    updatePlaylistRows(touched);
+    Q_EMIT selectedPlaylistIdsChanged();
+}
+
+void AppViewModel::setActiveDetailPlaylist(std::optional<Playlist> playlist)
+{
+    if (m_activeDetailPlaylist == playlist)
+        return;
+    QSet<QString> touched;
+    if (m_activeDetailPlaylist)
+        touched.insert(m_activeDetailPlaylist->id);
+    if (playlist)
+        touched.insert(playlist->id);
+    m_activeDetailPlaylist = std::move(playlist);
+    updatePlaylistRows(touched);
+    Q_EMIT activeDetailPlaylistChanged();
+}
+
+void AppViewModel::setIsLoading(bool loading)
+{
+    publish(m_isLoading, loading, &AppViewModel::isLoadingChanged);
+}
+
+void AppViewModel::setCurrentDirectoryItems(QList<RockboxFileItem> items)
+{
+    if (m_currentDirectoryItems == items)
+        return;
+    m_currentDirectoryItems = std::move(items);
+    QList<FileItemRow> rows;
+    rows.reserve(m_currentDirectoryItems.size());
+    for (const RockboxFileItem &item : std::as_const(m_currentDirectoryItems))
+        rows.append(FileItemRow{item, m_selectedFileItemIds.contains(item.id())});
+    m_fileRows.setRows(std::move(rows));
+    Q_EMIT currentDirectoryItemsChanged();
+}
+
+void AppViewModel::setSelectedFileItemIds(QSet<QString> ids)
+{
+    if (m_selectedFileItemIds == ids)
+        return;
+    QSet<QString> touched = m_selectedFileItemIds;
+    touched.unite(ids);
+    m_selectedFileItemIds = std::move(ids);
+    updateFileRows(touched);
+    Q_EMIT selectedFileItemIdsChanged();
+}
+
+void AppViewModel::setExistingRockboxFiles(QList<ExistingRockboxFile> files)
+{
+    publish(m_existingRockboxFiles, std::move(files), &AppViewModel::existingRockboxFilesChanged);
+}
+
+void AppViewModel::setPendingActions(QList<PendingFileAction> actions)
+{
+    if (m_pendingActions == actions)
+        return;
+    m_pendingActions = std::move(actions);
+    QList<PendingActionRow> rows;
+    for (const PendingFileAction &action : std::as_const(m_pendingActions))
+        rows.append(PendingActionRow{action});
+    m_pendingRows.setRows(std::move(rows));
+    Q_EMIT pendingActionsChanged();
+}
+
+void AppViewModel::setSearchText(const QString &text)
+{
+    if (m_searchText == text)
+        return;
+    m_searchText = text;
+    refilterPlaylists();
+    Q_EMIT searchTextChanged();
+}
+
+void AppViewModel::setHideMasterPlaylist(bool hide)
+{
+    if (m_hideMasterPlaylist == hide)
+        return;
+    m_hideMasterPlaylist = hide;
+    refilterPlaylists();
+    Q_EMIT hideMasterPlaylistChanged();
+}
+
+void AppViewModel::setOnlySmartPlaylists(bool onlySmart)
+{
+    if (m_onlySmartPlaylists == onlySmart)
+        return;
+    m_onlySmartPlaylists = onlySmart;
+    refilterPlaylists();
+    Q_EMIT onlySmartPlaylistsChanged();
+}
+
+void AppViewModel::setOptions(const ConversionOptions &options)
+{
+    publish(m_options, options, &AppViewModel::optionsChanged);
+}
+
+void AppViewModel::setIsConverting(bool converting)
+{
+    publish(m_isConverting, converting, &AppViewModel::isConvertingChanged);
+}
+
+void AppViewModel::setConversionProgress(double progress)
+{
+    publish(m_conversionProgress, progress, &AppViewModel::conversionProgressChanged);
+}
+
+void AppViewModel::setExportResults(QList<ExportItemResult> results)
+{
+    publish(m_exportResults, std::move(results), &AppViewModel::exportResultsChanged);
+}
+
+void AppViewModel::setShowExportSummary(bool show)
+{
+    publish(m_showExportSummary, show, &AppViewModel::showExportSummaryChanged);
+}
+
+void AppViewModel::setShowExportSettings(bool show)
+{
+    publish(m_showExportSettings, show, &AppViewModel::showExportSettingsChanged);
+}
+
+void AppViewModel::setConversionSuccessFeedback(bool raised)
+{
+    publish(m_conversionSuccessFeedback, raised, &AppViewModel::conversionSuccessFeedbackChanged);
+}
+
+void AppViewModel::followSelectedDevice()
+{
+    if (const std::optional<IPodDevice> &device = m_detector->selectedDevice())
+        loadDatabase(*device);
+    else
+        clear();
+}
+
+void AppViewModel::loadDatabase(const IPodDevice &device)
+{
+    setIsLoading(true);
+    setErrorMessage(std::nullopt);
+    clear();
+    ConversionOptions options = m_options;
+    options.destinationFolder = device.playlistsURL; // the device's own folder replaces an earlier choice
+    setOptions(options);
+
+    runInBackground(
+        this,
+        [parser = m_parser, generator = m_generator, database = device.itunesDBURL,
+         folder = device.playlistsURL] {
+            LoadOutcome outcome;
+            try {
+                outcome.library = parser.parse(database);
+            } catch (const FileSystemError &error) {
+                outcome.error = error.errorDescription;
+                return outcome;
+            } catch (const ParseError &error) {
+                outcome.error = error.errorDescription();
+                return outcome;
+            }
+            outcome.existingFiles = generator.scanExistingPlaylists(folder);
+            outcome.fileItems = generator.listPlaylists(folder);
+            attachExistingFiles(outcome.library.playlists, outcome.existingFiles);
+            return outcome;
+        },
+        [this](LoadOutcome outcome) { applyLoad(std::move(outcome)); });
+}
+
+void AppViewModel::applyLoad(LoadOutcome outcome)
+{
+    if (outcome.error) {
+        setErrorMessage(outcome.error);
+        setIsLoading(false);
+        return;
+    }
+    setTracks(std::move(outcome.library.tracks));
+    setPlaylists(std::move(outcome.library.playlists));
+    setExistingRockboxFiles(std::move(outcome.existingFiles));
+    setCurrentDirectoryItems(std::move(outcome.fileItems));
+
+    // After a load every ordinary playlist is ticked, and the first one is shown in detail.
+    QSet<QString> ordinary;
+    const Playlist *firstOrdinary = nullptr;
+    for (const Playlist &playlist : std::as_const(m_playlists)) {
+        if (playlist.isMaster)
+            continue;
+        ordinary.insert(playlist.id);
+        if (!firstOrdinary)
+            firstOrdinary = &playlist;
+    }
+    setSelectedPlaylistIds(std::move(ordinary));
+    if (firstOrdinary)
+        setActiveDetailPlaylist(*firstOrdinary);
+    else
+        setActiveDetailPlaylist(m_playlists.isEmpty() ? std::nullopt : std::optional(m_playlists.first()));
+    setIsLoading(false);
+}
+
+void AppViewModel::clear()
+{
+    setTracks({});
+    setPlaylists({});
+    setSelectedPlaylistIds({});
+    setActiveDetailPlaylist(std::nullopt);
+    setCurrentDirectoryItems({});
+    setSelectedFileItemIds({});
+    setExistingRockboxFiles({});
+    setPendingActions({});
+    setErrorMessage(std::nullopt);
+}
+
+std::optional<QUrl> AppViewModel::playlistsBaseFolderURL() const
+{
+    if (m_options.destinationFolder)
+        return m_options.destinationFolder;
+    if (const std::optional<IPodDevice> &device = m_detector->selectedDevice())
+        return device->playlistsURL;
+    return std::nullopt;
+}
+
+void AppViewModel::refilterPlaylists()
+{
+    const PlaylistFilter filter{m_searchText, m_hideMasterPlaylist, m_onlySmartPlaylists};
+    m_filteredPlaylists = filter.apply(m_playlists);
+    const QString activeId = m_activeDetailPlaylist ? m_activeDetailPlaylist->id : QString();
+    QList<PlaylistRow> rows;
+    rows.reserve(m_filteredPlaylists.size());
+    for (const Playlist &playlist : std::as_const(m_filteredPlaylists))
+        rows.append(
+            PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId));
+    m_playlistRows.setRows(std::move(rows));
+}
+
+void AppViewModel::updatePlaylistRows(const QSet<QString> &ids)
+{
+    const QString activeId = m_activeDetailPlaylist ? m_activeDetailPlaylist->id : QString();
+    for (const QString &id : ids) {
+        const qsizetype row = m_playlistRows.rowOf(id);
+        if (row < 0)
+            continue;
+        PlaylistRow updated = m_playlistRows.rows().at(row);
+        updated.isTicked = m_selectedPlaylistIds.contains(id);
+        updated.isActive = id == activeId;
+        m_playlistRows.updateRow(row, std::move(updated));
+    }
+}
+
+void AppViewModel::updateFileRows(const QSet<QString> &ids)
+{
+    const QList<FileItemRow> &rows = m_fileRows.rows();
+    for (qsizetype row = 0; row < rows.size(); ++row) {
+        const QString id = rows[row].key();
+        if (ids.contains(id))
+            m_fileRows.updateRow(row, FileItemRow{rows[row].item, m_selectedFileItemIds.contains(id)});
+    }
+}
+
+} // namespace kestrune

@@ -1,0 +1,271 @@
+#pragma once
+
+#include "FileItemListModel.h"
+#include "FileRevealer.h"
+#include "FolderPicker.h"
+#include "PendingActionListModel.h"
+#include "PendingFileAction.h"
+#include "PlaylistListModel.h"
+#include "core/ITunesDBParser.h"
+#include "device/IPodDetector.h"
+#include "export/ConversionOptions.h"
+#include "export/ExportItemResult.h"
+#include "export/RockboxGenerator.h"
+#include "localization/LocalizationManager.h"
+
+#include <QHash>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+
+namespace kestrune {
+
+using TrackTable = QHash<quint32, Track>;
+
+// The one controller of the window: holds everything the views show and carries out every user action.
+// Lives on the GUI thread; loading, refreshing and converting run on the thread pool and hand their
+// results back with a queued call, and the last to finish wins. Failures become errorMessage, never throws.
+class AppViewModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(kestrune::IPodDetector *detector READ detector CONSTANT)
+    Q_PROPERTY(kestrune::TrackTable tracks READ tracks NOTIFY tracksChanged)
+    Q_PROPERTY(QList<kestrune::Playlist> playlists READ playlists NOTIFY playlistsChanged)
+    Q_PROPERTY(QSet<QString> selectedPlaylistIds READ selectedPlaylistIds NOTIFY selectedPlaylistIdsChanged)
+    Q_PROPERTY(std::optional<kestrune::Playlist> activeDetailPlaylist READ activeDetailPlaylist NOTIFY
+                   activeDetailPlaylistChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    // None is the empty text for the views; C++ callers see the optional through errorMessage().
+    Q_PROPERTY(
+        QString errorMessage READ errorMessageText WRITE setErrorMessageText NOTIFY errorMessageChanged)
+    Q_PROPERTY(QString statusMessage READ statusMessageText NOTIFY statusMessageChanged)
+    Q_PROPERTY(QList<kestrune::RockboxFileItem> currentDirectoryItems READ currentDirectoryItems NOTIFY
+                   currentDirectoryItemsChanged)
+    Q_PROPERTY(QSet<QString> selectedFileItemIds READ selectedFileItemIds NOTIFY selectedFileItemIdsChanged)
+    Q_PROPERTY(QList<kestrune::ExistingRockboxFile> existingRockboxFiles READ existingRockboxFiles NOTIFY
+                   existingRockboxFilesChanged)
+    Q_PROPERTY(
+        QList<kestrune::PendingFileAction> pendingActions READ pendingActions NOTIFY pendingActionsChanged)
+    Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+    Q_PROPERTY(bool hideMasterPlaylist READ hideMasterPlaylist WRITE setHideMasterPlaylist NOTIFY
+                   hideMasterPlaylistChanged)
+    Q_PROPERTY(bool onlySmartPlaylists READ onlySmartPlaylists WRITE setOnlySmartPlaylists NOTIFY
+                   onlySmartPlaylistsChanged)
+    Q_PROPERTY(kestrune::ConversionOptions options READ options WRITE setOptions NOTIFY optionsChanged)
+    Q_PROPERTY(bool isConverting READ isConverting NOTIFY isConvertingChanged)
+    Q_PROPERTY(double conversionProgress READ conversionProgress NOTIFY conversionProgressChanged)
+    Q_PROPERTY(QList<kestrune::ExportItemResult> exportResults READ exportResults NOTIFY exportResultsChanged)
+    Q_PROPERTY(bool showExportSummary READ showExportSummary WRITE setShowExportSummary NOTIFY
+                   showExportSummaryChanged)
+    Q_PROPERTY(bool showExportSettings READ showExportSettings WRITE setShowExportSettings NOTIFY
+                   showExportSettingsChanged)
+    Q_PROPERTY(
+        bool conversionSuccessFeedback READ conversionSuccessFeedback NOTIFY conversionSuccessFeedbackChanged)
+    Q_PROPERTY(kestrune::LocalizationManager *languageManager READ languageManager CONSTANT)
+
+    // The lists as the views show them.
+    Q_PROPERTY(QAbstractItemModel *filteredPlaylistsModel READ filteredPlaylistsModel CONSTANT)
+    Q_PROPERTY(QAbstractItemModel *currentDirectoryItemsModel READ currentDirectoryItemsModel CONSTANT)
+    Q_PROPERTY(QAbstractItemModel *pendingActionsModel READ pendingActionsModel CONSTANT)
+
+public:
+    struct Services {
+        IPodDetector::Services detector;
+        LocalizationManager *languageManager = nullptr; // none: the shared one
+        std::shared_ptr<FolderPicker> folderPicker;     // none: the pickers do nothing
+        std::shared_ptr<FileRevealer> fileRevealer;
+        RockboxGenerator generator;
+    };
+
+    explicit AppViewModel(Services services, QObject *parent = nullptr);
+    ~AppViewModel() override;
+
+    // Published state.
+    [[nodiscard]] IPodDetector *detector() const { return m_detector.get(); }
+    [[nodiscard]] const TrackTable &tracks() const { return m_tracks; }
+    [[nodiscard]] const QList<Playlist> &playlists() const { return m_playlists; }
+    [[nodiscard]] const QSet<QString> &selectedPlaylistIds() const { return m_selectedPlaylistIds; }
+    [[nodiscard]] const std::optional<Playlist> &activeDetailPlaylist() const
+    {
+        return m_activeDetailPlaylist;
+    }
+    [[nodiscard]] bool isLoading() const { return m_isLoading; }
+    [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
+    [[nodiscard]] const std::optional<QString> &statusMessage() const { return m_statusMessage; }
+    [[nodiscard]] const QList<RockboxFileItem> &currentDirectoryItems() const
+    {
+        return m_currentDirectoryItems;
+    }
+    [[nodiscard]] const QSet<QString> &selectedFileItemIds() const { return m_selectedFileItemIds; }
+    [[nodiscard]] const QList<ExistingRockboxFile> &existingRockboxFiles() const
+    {
+        return m_existingRockboxFiles;
+    }
+    [[nodiscard]] const QList<PendingFileAction> &pendingActions() const { return m_pendingActions; }
+    [[nodiscard]] const QString &searchText() const { return m_searchText; }
+    [[nodiscard]] bool hideMasterPlaylist() const { return m_hideMasterPlaylist; }
+    [[nodiscard]] bool onlySmartPlaylists() const { return m_onlySmartPlaylists; }
+    [[nodiscard]] const ConversionOptions &options() const { return m_options; }
+    [[nodiscard]] bool isConverting() const { return m_isConverting; }
+    [[nodiscard]] double conversionProgress() const { return m_conversionProgress; }
+    [[nodiscard]] const QList<ExportItemResult> &exportResults() const { return m_exportResults; }
+    [[nodiscard]] bool showExportSummary() const { return m_showExportSummary; }
+    [[nodiscard]] bool showExportSettings() const { return m_showExportSettings; }
+    [[nodiscard]] bool conversionSuccessFeedback() const { return m_conversionSuccessFeedback; }
+    [[nodiscard]] LocalizationManager *languageManager() const { return m_languageManager; }
+
+    void setErrorMessage(std::optional<QString> message);
+    void setSearchText(const QString &text);
+    void setHideMasterPlaylist(bool hide);
+    void setOnlySmartPlaylists(bool onlySmart);
+    void setOptions(const ConversionOptions &options);
+    void setShowExportSummary(bool show);
+    void setShowExportSettings(bool show);
+
+    [[nodiscard]] QAbstractItemModel *filteredPlaylistsModel() { return &m_playlistRows; }
+    [[nodiscard]] QAbstractItemModel *currentDirectoryItemsModel() { return &m_fileRows; }
+    [[nodiscard]] QAbstractItemModel *pendingActionsModel() { return &m_pendingRows; }
+
+    // Loading and the target folder.
+    void loadDatabase(const IPodDevice &device);
+    void clear();
+    // The chosen destination folder, else the selected device's playlists folder.
+    [[nodiscard]] std::optional<QUrl> playlistsBaseFolderURL() const;
+
+    // Selection.
+    [[nodiscard]] const QList<Playlist> &filteredPlaylists() const { return m_filteredPlaylists; }
+    void handlePlaylistClick(const Playlist &playlist, bool isCommandPressed, bool isShiftPressed);
+    void handleFileItemClick(const RockboxFileItem &item, bool isCommandPressed, bool isShiftPressed);
+    // The views' clicks: a row of the list they show and the modifier keys held (Control is Command on
+    // macOS).
+    Q_INVOKABLE void clickPlaylistRow(int row, Qt::KeyboardModifiers modifiers);
+    Q_INVOKABLE void clickFileRow(int row, Qt::KeyboardModifiers modifiers);
+    Q_INVOKABLE void togglePlaylistSelection(const QString &id);
+    Q_INVOKABLE void toggleFileItemSelection(const QString &id);
+    Q_INVOKABLE void selectAllPlaylists();
+    Q_INVOKABLE void deselectAllPlaylists();
+    [[nodiscard]] bool isAllPlaylistFilesSelected() const;
+    [[nodiscard]] bool isPartiallyPlaylistFilesSelected() const;
+    Q_INVOKABLE void selectAllPlaylistFiles();
+    Q_INVOKABLE void deselectAllItems();
+    Q_INVOKABLE void toggleAllPlaylistFilesSelection();
+
+    // The conversion run.
+    Q_INVOKABLE void convertSelectedPlaylists();
+
+    // The Rockbox folder and staged deletions.
+    Q_INVOKABLE void refreshRockboxFilesystem();
+    void stageDelete(const QList<RockboxFileItem> &items);
+    Q_INVOKABLE void stageSelectedFiles();
+    Q_INVOKABLE void stageFileRow(int row);
+    Q_INVOKABLE void discardPendingActions();
+    Q_INVOKABLE void applyPendingChanges();
+    Q_INVOKABLE void showFileRowInFileManager(int row);
+
+    // Folder pickers.
+    Q_INVOKABLE void pickCustomFolder();
+    Q_INVOKABLE void pickDestinationFolder();
+
+    // How long the success flag stays raised after a run; only tests change it.
+    void setSuccessFeedbackDuration(int milliseconds) { m_successFeedback.setInterval(milliseconds); }
+
+Q_SIGNALS:
+    void tracksChanged();
+    void playlistsChanged();
+    void selectedPlaylistIdsChanged();
+    void activeDetailPlaylistChanged();
+    void isLoadingChanged();
+    void errorMessageChanged();
+    void statusMessageChanged();
+    void currentDirectoryItemsChanged();
+    void selectedFileItemIdsChanged();
+    void existingRockboxFilesChanged();
+    void pendingActionsChanged();
+    void searchTextChanged();
+    void hideMasterPlaylistChanged();
+    void onlySmartPlaylistsChanged();
+    void optionsChanged();
+    void isConvertingChanged();
+    void conversionProgressChanged();
+    void exportResultsChanged();
+    void showExportSummaryChanged();
+    void showExportSettingsChanged();
+    void conversionSuccessFeedbackChanged();
+    // The interface language changed: every text is to be drawn again.
+    void languageChanged();
+
+private:
+    struct LoadOutcome;
+    struct FolderListing;
+
+    template <typename T> void publish(T &field, T value, void (AppViewModel::*changed)());
+
+    QString errorMessageText() const { return m_errorMessage.value_or(QString()); }
+    void setErrorMessageText(const QString &text);
+    QString statusMessageText() const { return m_statusMessage.value_or(QString()); }
+    void setStatusMessage(std::optional<QString> message);
+
+    void setTracks(TrackTable tracks);
+    void setPlaylists(QList<Playlist> playlists);
+    void setSelectedPlaylistIds(QSet<QString> ids);
+    void setActiveDetailPlaylist(std::optional<Playlist> playlist);
+    void setIsLoading(bool loading);
+    void setCurrentDirectoryItems(QList<RockboxFileItem> items);
+    void setSelectedFileItemIds(QSet<QString> ids);
+    void setExistingRockboxFiles(QList<ExistingRockboxFile> files);
+    void setPendingActions(QList<PendingFileAction> actions);
+    void setIsConverting(bool converting);
+    void setConversionProgress(double progress);
+    void setExportResults(QList<ExportItemResult> results);
+    void setConversionSuccessFeedback(bool raised);
+
+    void followSelectedDevice();
+    void applyLoad(LoadOutcome outcome);
+    void applyFolderListing(FolderListing listing);
+    void finishConversion(QList<ExportItemResult> results);
+    void refilterPlaylists();
+    void updatePlaylistRows(const QSet<QString> &ids);
+    void updateFileRows(const QSet<QString> &ids);
+
+    std::unique_ptr<IPodDetector> m_detector;
+    LocalizationManager *m_languageManager;
+    std::shared_ptr<FolderPicker> m_folderPicker;
+    std::shared_ptr<FileRevealer> m_fileRevealer;
+    const ITunesDBParser m_parser{};
+    const RockboxGenerator m_generator;
+
+    TrackTable m_tracks;
+    QList<Playlist> m_playlists;
+    QSet<QString> m_selectedPlaylistIds;
+    std::optional<Playlist> m_activeDetailPlaylist;
+    bool m_isLoading = false;
+    std::optional<QString> m_errorMessage;
+    std::optional<QString> m_statusMessage;
+    QList<RockboxFileItem> m_currentDirectoryItems;
+    QSet<QString> m_selectedFileItemIds;
+    QList<ExistingRockboxFile> m_existingRockboxFiles;
+    QList<PendingFileAction> m_pendingActions;
+    QString m_searchText;
+    bool m_hideMasterPlaylist = true;
+    bool m_onlySmartPlaylists = false;
+    ConversionOptions m_options;
+    bool m_isConverting = false;
+    double m_conversionProgress = 0.0;
+    QList<ExportItemResult> m_exportResults;
+    bool m_showExportSummary = false;
+    bool m_showExportSettings = false;
+    bool m_conversionSuccessFeedback = false;
+
+    std::optional<qsizetype> m_lastClickedFileIndex;
+    std::optional<qsizetype> m_lastClickedPlaylistIndex;
+
+    QList<Playlist> m_filteredPlaylists;
+    PlaylistListModel m_playlistRows;
+    FileItemListModel m_fileRows;
+    PendingActionListModel m_pendingRows;
+    QTimer m_successFeedback;
+};
+
+} // namespace kestrune

@@ -1,0 +1,136 @@
+// The Rockbox folder: refresh, staged deletions, folder pickers and showing a file.
+#include "AppViewModel.h"
+
+#include "BackgroundTask.h"
+#include "core/FileSystemError.h"
+#include "export/ExistingFileMatching.h"
+
+#include <QFileInfo>
+
+namespace kestrune {
+
+struct AppViewModel::FolderListing {
+    QList<RockboxFileItem> items;
+    QList<ExistingRockboxFile> existing;
+};
+
+void AppViewModel::refreshRockboxFilesystem()
+{
+    const std::optional<QUrl> folder = playlistsBaseFolderURL();
+    if (!folder)
+        return;
+    runInBackground(
+        this,
+        [generator = m_generator, folder = *folder] {
+            return FolderListing{generator.listPlaylists(folder), generator.scanExistingPlaylists(folder)};
+        },
+        [this](FolderListing listing) { applyFolderListing(std::move(listing)); });
+}
+
+void AppViewModel::applyFolderListing(FolderListing listing)
+{
+    setCurrentDirectoryItems(std::move(listing.items));
+    setExistingRockboxFiles(std::move(listing.existing));
+    QList<Playlist> playlists = m_playlists;
+    attachExistingFiles(playlists, m_existingRockboxFiles); // a deleted file's mark goes too
+    setPlaylists(std::move(playlists));
+}
+
+void AppViewModel::stageDelete(const QList<RockboxFileItem> &items)
+{
+    QList<PendingFileAction> actions = m_pendingActions;
+    for (const RockboxFileItem &item : items)
+        actions.append(PendingFileAction::deletion(item));
+    setPendingActions(std::move(actions));
+}
+
+void AppViewModel::stageSelectedFiles()
+{
+    QList<RockboxFileItem> selected;
+    std::copy_if(m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
+                 std::back_inserter(selected),
+                 [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); });
+    stageDelete(selected);
+}
+
+void AppViewModel::stageFileRow(int row)
+{
+    if (row >= 0 && row < m_currentDirectoryItems.size())
+        stageDelete({m_currentDirectoryItems.at(row)});
+}
+
+void AppViewModel::discardPendingActions()
+{
+    setPendingActions({});
+}
+
+void AppViewModel::applyPendingChanges()
+{
+    if (!playlistsBaseFolderURL())
+        return;
+    QStringList errors;
+    for (const PendingFileAction &action : std::as_const(m_pendingActions)) {
+        if (!action.item)
+            continue;
+        try {
+            m_generator.deleteItem(action.item->fileURL);
+        } catch (const FileSystemError &error) {
+            errors.append(QStringLiteral("Errore nell'eliminazione di '") + action.item->name +
+                          QStringLiteral("': ") + error.errorDescription);
+        }
+    }
+    setPendingActions({});
+    setSelectedFileItemIds({});
+    if (m_options.cleanDotFiles) {
+        if (const std::optional<QUrl> folder = playlistsBaseFolderURL())
+            m_generator.cleanDotFiles(*folder);
+    }
+    refreshRockboxFilesystem();
+    if (!errors.isEmpty())
+        setErrorMessage(errors.join(u'\n'));
+    else
+        setStatusMessage(QStringLiteral("Modifiche applicate con successo su disco!"));
+}
+
+void AppViewModel::showFileRowInFileManager(int row)
+{
+    if (m_fileRevealer && row >= 0 && row < m_currentDirectoryItems.size())
+        m_fileRevealer->reveal(m_currentDirectoryItems.at(row).fileURL);
+}
+
+void AppViewModel::pickCustomFolder()
+{
+    if (!m_folderPicker)
+        return;
+    const std::optional<QUrl> chosen = m_folderPicker->pickFolder(FolderPickerRequest{
+        .prompt = QStringLiteral("Seleziona Cartella iPod"),
+        .message =
+            QStringLiteral("Seleziona la directory radice dell'iPod o una cartella contenente iPod_Control"),
+        .canCreateFolders = false});
+    if (!chosen)
+        return;
+    if (const std::optional<IPodDevice> device = m_detector->addCustomLocation(*chosen)) {
+        // The detector's selection follows too and loads the same device again; both loads agree.
+        loadDatabase(*device);
+        return;
+    }
+    setErrorMessage(QStringLiteral("Nessun database iTunesDB trovato in '") +
+                    QFileInfo(chosen->toLocalFile()).fileName() +
+                    QStringLiteral("'. Assicurati che contenga la cartella 'iPod_Control/iTunes/'."));
+}
+
+void AppViewModel::pickDestinationFolder()
+{
+    if (!m_folderPicker)
+        return;
+    const std::optional<QUrl> chosen = m_folderPicker->pickFolder(
+        FolderPickerRequest{.prompt = QStringLiteral("Seleziona Destinazione"), .canCreateFolders = true});
+    if (!chosen)
+        return;
+    ConversionOptions options = m_options;
+    options.destinationFolder = *chosen;
+    setOptions(options);
+    refreshRockboxFilesystem();
+}
+
+} // namespace kestrune

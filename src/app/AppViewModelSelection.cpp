@@ -1,0 +1,138 @@
+// Clicks, ticks and select-all in both panes.
+#include "AppViewModel.h"
+
+#include "ClickSelection.h"
+
+namespace kestrune {
+
+namespace {
+
+template <typename T, typename IdOf> QStringList idsOf(const QList<T> &values, IdOf idOf)
+{
+    QStringList ids;
+    ids.reserve(values.size());
+    for (const T &value : values)
+        ids.append(idOf(value));
+    return ids;
+}
+
+QStringList playlistIds(const QList<Playlist> &playlists)
+{
+    return idsOf(playlists, [](const Playlist &playlist) { return playlist.id; });
+}
+
+QStringList fileIds(const QList<RockboxFileItem> &items)
+{
+    return idsOf(items, [](const RockboxFileItem &item) { return item.id(); });
+}
+
+} // namespace
+
+void AppViewModel::handlePlaylistClick(const Playlist &playlist, bool isCommandPressed, bool isShiftPressed)
+{
+    const QStringList ids = playlistIds(m_filteredPlaylists);
+    const qsizetype index = ids.indexOf(playlist.id);
+    if (index < 0)
+        return;
+    ClickSelection selection{m_selectedPlaylistIds, m_lastClickedPlaylistIndex};
+    selection.click(ids, index, isCommandPressed, isShiftPressed);
+    m_lastClickedPlaylistIndex = selection.anchor;
+    setSelectedPlaylistIds(std::move(selection.selected));
+    setActiveDetailPlaylist(playlist); // also when the click deselected it
+}
+
+void AppViewModel::handleFileItemClick(const RockboxFileItem &item, bool isCommandPressed,
+                                       bool isShiftPressed)
+{
+    const QStringList ids = fileIds(m_currentDirectoryItems);
+    const qsizetype index = ids.indexOf(item.id());
+    if (index < 0)
+        return;
+    ClickSelection selection{m_selectedFileItemIds, m_lastClickedFileIndex};
+    selection.click(ids, index, isCommandPressed, isShiftPressed);
+    m_lastClickedFileIndex = selection.anchor;
+    setSelectedFileItemIds(std::move(selection.selected));
+}
+
+void AppViewModel::clickPlaylistRow(int row, Qt::KeyboardModifiers modifiers)
+{
+    if (row >= 0 && row < m_filteredPlaylists.size()) {
+        handlePlaylistClick(m_filteredPlaylists.at(row), modifiers.testFlag(Qt::ControlModifier),
+                            modifiers.testFlag(Qt::ShiftModifier));
+    }
+}
+
+void AppViewModel::clickFileRow(int row, Qt::KeyboardModifiers modifiers)
+{
+    if (row >= 0 && row < m_currentDirectoryItems.size()) {
+        handleFileItemClick(m_currentDirectoryItems.at(row), modifiers.testFlag(Qt::ControlModifier),
+                            modifiers.testFlag(Qt::ShiftModifier));
+    }
+}
+
+void AppViewModel::togglePlaylistSelection(const QString &id)
+{
+    QSet<QString> ids = m_selectedPlaylistIds;
+    if (!ids.remove(id))
+        ids.insert(id);
+    setSelectedPlaylistIds(std::move(ids));
+}
+
+void AppViewModel::toggleFileItemSelection(const QString &id)
+{
+    QSet<QString> ids = m_selectedFileItemIds;
+    if (!ids.remove(id))
+        ids.insert(id);
+    setSelectedFileItemIds(std::move(ids));
+}
+
+void AppViewModel::selectAllPlaylists()
+{
+    const QStringList visible = playlistIds(m_filteredPlaylists);
+    setSelectedPlaylistIds(
+        QSet<QString>(m_selectedPlaylistIds).unite(QSet<QString>(visible.cbegin(), visible.cend())));
+}
+
+void AppViewModel::deselectAllPlaylists()
+{
+    const QStringList visible = playlistIds(m_filteredPlaylists);
+    setSelectedPlaylistIds(
+        QSet<QString>(m_selectedPlaylistIds).subtract(QSet<QString>(visible.cbegin(), visible.cend())));
+}
+
+bool AppViewModel::isAllPlaylistFilesSelected() const
+{
+    return !m_currentDirectoryItems.isEmpty() &&
+           std::all_of(
+               m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
+               [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); });
+}
+
+bool AppViewModel::isPartiallyPlaylistFilesSelected() const
+{
+    const auto selected = std::count_if(
+        m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
+        [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); });
+    return selected > 0 && selected < m_currentDirectoryItems.size();
+}
+
+void AppViewModel::selectAllPlaylistFiles()
+{
+    const QStringList all = fileIds(m_currentDirectoryItems);
+    setSelectedFileItemIds(QSet<QString>(all.cbegin(), all.cend()));
+}
+
+void AppViewModel::deselectAllItems()
+{
+    setSelectedFileItemIds({});
+}
+
+void AppViewModel::toggleAllPlaylistFilesSelection()
+{
+    if (isAllPlaylistFilesSelected())
+        setSelectedFileItemIds({});
+    else
+        selectAllPlaylistFiles();
+}
+
+} // namespace kestrune

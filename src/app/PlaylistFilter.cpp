@@ -1,0 +1,27 @@
+#include "PlaylistFilter.h"
+
+namespace kestrune {
+
+bool PlaylistFilter::accepts(const Playlist &playlist) const
+{
+    if (hideMasterPlaylist && playlist.isMaster)
+        return false;
+    if (onlySmartPlaylists && !playlist.isSmart)
+        return false;
+    if (searchText.isEmpty() || playlist.name.contains(searchText, Qt::CaseInsensitive))
+        return true;
+    return std::any_of(playlist.tracks.cbegin(), playlist.tracks.cend(), [this](const Track &track) {
+        return track.title.contains(searchText, Qt::CaseInsensitive) ||
+               track.artist.contains(searchText, Qt::CaseInsensitive);
+    });
+}
+
+QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists) const
+{
+    QList<Playlist> kept;
+    std::copy_if(playlists.cbegin(), playlists.cend(), std::back_inserter(kept),
+                 [this](const Playlist &playlist) { return accepts(playlist); });
+    return kept;
+}
+
+} // namespace kestrune

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/Playlist.h"
+
+#include <QList>
+#include <QString>
+
+namespace kestrune {
+
+// Which playlists the playlists pane shows, in database order.
+struct PlaylistFilter {
+    QString searchText; // as typed, not trimmed
+    bool hideMasterPlaylist = true;
+    bool onlySmartPlaylists = false;
+
+    // Kept: not a hidden master, smart when only smart ones are wanted, and, with a search text, a name or a
+    // resolved track's title or artist containing it, case-blind.
+    [[nodiscard]] bool accepts(const Playlist &playlist) const;
+    [[nodiscard]] QList<Playlist> apply(const QList<Playlist> &playlists) const;
+};
+
+} // namespace kestrune

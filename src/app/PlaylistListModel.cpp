@@ -1,0 +1,68 @@
+#include "PlaylistListModel.h"
+
+namespace kestrune {
+
+PlaylistRow PlaylistRow::of(const Playlist &playlist, bool isTicked, bool isActive)
+{
+    return PlaylistRow{.id = playlist.id,
+                       .name = playlist.name,
+                       .trackCount = playlist.trackCount(),
+                       .formattedDuration = playlist.formattedTotalDuration(),
+                       .isMaster = playlist.isMaster,
+                       .isSmart = playlist.isSmart,
+                       .isOnRockbox = playlist.isAlreadyOnRockbox(),
+                       .existingFileName =
+                           playlist.existingRockboxFile ? playlist.existingRockboxFile->filename : QString(),
+                       .isTicked = isTicked,
+                       .isActive = isActive};
+}
+
+QVariant PlaylistListModel::data(const QModelIndex &index, int role) const
+{
+    if (!isValidRow(index))
+        return {};
+    const PlaylistRow &row = rowAt(index);
+    switch (role) {
+    case Qt::DisplayRole:
+    case NameRole:
+        return row.name;
+    case IdRole:
+        return row.id;
+    case TrackCountRole:
+        return row.trackCount;
+    case FormattedDurationRole:
+        return row.formattedDuration;
+    case IsMasterRole:
+        return row.isMaster;
+    case IsSmartRole:
+        return row.isSmart;
+    case IsOnRockboxRole:
+        return row.isOnRockbox;
+    case ExistingFileNameRole:
+        return row.existingFileName;
+    case IsTickedRole:
+        return row.isTicked;
+    case IsActiveRole:
+        return row.isActive;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> PlaylistListModel::roleNames() const
+{
+    return {{IdRole, "playlistId"},           {NameRole, "name"},
+            {TrackCountRole, "trackCount"},   {FormattedDurationRole, "formattedDuration"},
+            {IsMasterRole, "isMaster"},       {IsSmartRole, "isSmart"},
+            {IsOnRockboxRole, "isOnRockbox"}, {ExistingFileNameRole, "existingFileName"},
+            {IsTickedRole, "isTicked"},       {IsActiveRole, "isActive"}};
+}
+
+qsizetype PlaylistListModel::rowOf(const QString &playlistId) const
+{
+    const auto found = std::find_if(rows().cbegin(), rows().cend(),
+                                    [&playlistId](const PlaylistRow &row) { return row.id == playlistId; });
+    return found == rows().cend() ? -1 : found - rows().cbegin();
+}
+
+} // namespace kestrune

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "RowListModel.h"
+#include "core/Playlist.h"
+
+namespace kestrune {
+
+// What one row of the playlists pane shows.
+struct PlaylistRow {
+    QString id;
+    QString name;
+    int trackCount = 0;
+    QString formattedDuration;
+    bool isMaster = false;
+    bool isSmart = false;
+    bool isOnRockbox = false;
+    QString existingFileName;
+    bool isTicked = false;
+    bool isActive = false; // the playlist whose details are shown
+
+    bool operator==(const PlaylistRow &) const = default;
+    [[nodiscard]] const QString &key() const { return id; }
+
+    static PlaylistRow of(const Playlist &playlist, bool isTicked, bool isActive);
+};
+
+// The filtered playlists, as the playlists pane lists them.
+class PlaylistListModel : public RowListModel<PlaylistRow> {
+    Q_OBJECT
+
+public:
+    enum Role {
+        IdRole = Qt::UserRole + 1,
+        NameRole,
+        TrackCountRole,
+        FormattedDurationRole,
+        IsMasterRole,
+        IsSmartRole,
+        IsOnRockboxRole,
+        ExistingFileNameRole,
+        IsTickedRole,
+        IsActiveRole,
+    };
+    Q_ENUM(Role)
+
+    using RowListModel::RowListModel;
+
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+    // The row showing the playlist, or -1.
+    [[nodiscard]] qsizetype rowOf(const QString &playlistId) const;
+};
+
+} // namespace kestrune
