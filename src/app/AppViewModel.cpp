@@ -28,6 +28,12 @@ AppViewModel::AppViewModel(Services services, QObject *parent)
 
     connect(m_languageManager, &LocalizationManager::currentLanguageChanged, this,
             &AppViewModel::languageChanged);
+    connect(m_detector.get(), &IPodDetector::detectedDevicesChanged, this, &AppViewModel::devicesChanged);
+    connect(m_detector.get(), &IPodDetector::selectedDeviceChanged, this, &AppViewModel::devicesChanged);
+    // Derived values that follow the lists and the selections.
+    connect(this, &AppViewModel::currentDirectoryItemsChanged, this, &AppViewModel::fileSelectionChanged);
+    connect(this, &AppViewModel::selectedFileItemIdsChanged, this, &AppViewModel::fileSelectionChanged);
+    connect(this, &AppViewModel::selectedPlaylistIdsChanged, this, &AppViewModel::filteredPlaylistsChanged);
     // Queued, as a selection is delivered on the next turn of the event loop; the current one too.
     connect(m_detector.get(), &IPodDetector::selectedDeviceChanged, this, &AppViewModel::followSelectedDevice,
             Qt::QueuedConnection);
@@ -310,6 +316,7 @@ void AppViewModel::refilterPlaylists()
         rows.append(
             PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId));
     m_playlistRows.setRows(std::move(rows));
+    Q_EMIT filteredPlaylistsChanged();
 }
 
 void AppViewModel::updatePlaylistRows(const QSet<QString> &ids)

@@ -65,6 +65,29 @@ class AppViewModel : public QObject {
         bool conversionSuccessFeedback READ conversionSuccessFeedback NOTIFY conversionSuccessFeedbackChanged)
     Q_PROPERTY(kestrune::LocalizationManager *languageManager READ languageManager CONSTANT)
 
+    // Derived values the views bind to.
+    Q_PROPERTY(QStringList detectedDeviceNames READ detectedDeviceNames NOTIFY devicesChanged)
+    Q_PROPERTY(int selectedDeviceIndex READ selectedDeviceIndex NOTIFY devicesChanged)
+    Q_PROPERTY(QString selectedDeviceName READ selectedDeviceName NOTIFY devicesChanged)
+    Q_PROPERTY(int filteredPlaylistCount READ filteredPlaylistCount NOTIFY filteredPlaylistsChanged)
+    Q_PROPERTY(int filteredTickState READ filteredTickState NOTIFY filteredPlaylistsChanged)
+    Q_PROPERTY(int tickedPlaylistCount READ tickedPlaylistCount NOTIFY selectedPlaylistIdsChanged)
+    Q_PROPERTY(bool hasPlaylists READ hasPlaylists NOTIFY playlistsChanged)
+    Q_PROPERTY(int fileCount READ fileCount NOTIFY currentDirectoryItemsChanged)
+    Q_PROPERTY(int selectedFileCount READ selectedFileCount NOTIFY fileSelectionChanged)
+    Q_PROPERTY(bool allFilesSelected READ isAllPlaylistFilesSelected NOTIFY fileSelectionChanged)
+    Q_PROPERTY(bool someFilesSelected READ isPartiallyPlaylistFilesSelected NOTIFY fileSelectionChanged)
+    Q_PROPERTY(int pendingActionCount READ pendingActionCount NOTIFY pendingActionsChanged)
+    Q_PROPERTY(int conversionPercent READ conversionPercent NOTIFY conversionProgressChanged)
+    Q_PROPERTY(QString destinationFolderPath READ destinationFolderPath NOTIFY optionsChanged)
+    Q_PROPERTY(bool extendedM3U READ extendedM3U WRITE setExtendedM3U NOTIFY optionsChanged)
+    Q_PROPERTY(bool useM3U8Extension READ useM3U8Extension WRITE setUseM3U8Extension NOTIFY optionsChanged)
+    Q_PROPERTY(bool sanitizeFilenames READ sanitizeFilenames WRITE setSanitizeFilenames NOTIFY optionsChanged)
+    Q_PROPERTY(bool cleanDotFiles READ cleanDotFiles WRITE setCleanDotFiles NOTIFY optionsChanged)
+    Q_PROPERTY(QString customPathPrefix READ customPathPrefix WRITE setCustomPathPrefix NOTIFY optionsChanged)
+    // Each result as {playlistName, filename, path, trackCount, isSuccess, isUpdate, errorMessage}.
+    Q_PROPERTY(QVariantList exportResultSummaries READ exportResultSummaries NOTIFY exportResultsChanged)
+
     // The lists as the views show them.
     Q_PROPERTY(QAbstractItemModel *filteredPlaylistsModel READ filteredPlaylistsModel CONSTANT)
     Q_PROPERTY(QAbstractItemModel *currentDirectoryItemsModel READ currentDirectoryItemsModel CONSTANT)
@@ -168,6 +191,34 @@ public:
     Q_INVOKABLE void pickCustomFolder();
     Q_INVOKABLE void pickDestinationFolder();
 
+    // For the views: the device menu, counts, the select-all state and the option fields one by one.
+    [[nodiscard]] QStringList detectedDeviceNames() const;
+    [[nodiscard]] int selectedDeviceIndex() const;
+    [[nodiscard]] QString selectedDeviceName() const;
+    Q_INVOKABLE void selectDevice(int index);
+    Q_INVOKABLE void rescanDevices();
+    [[nodiscard]] int filteredPlaylistCount() const { return int(m_filteredPlaylists.size()); }
+    // 0: no filtered playlist is ticked, 1: some are, 2: all are.
+    [[nodiscard]] int filteredTickState() const;
+    [[nodiscard]] int tickedPlaylistCount() const;
+    [[nodiscard]] bool hasPlaylists() const { return !m_playlists.isEmpty(); }
+    [[nodiscard]] int fileCount() const { return int(m_currentDirectoryItems.size()); }
+    [[nodiscard]] int selectedFileCount() const;
+    [[nodiscard]] int pendingActionCount() const { return int(m_pendingActions.size()); }
+    [[nodiscard]] int conversionPercent() const { return int(m_conversionProgress * 100); }
+    [[nodiscard]] QString destinationFolderPath() const;
+    [[nodiscard]] bool extendedM3U() const { return m_options.extendedM3U; }
+    [[nodiscard]] bool useM3U8Extension() const { return m_options.useM3U8Extension; }
+    [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
+    [[nodiscard]] bool cleanDotFiles() const { return m_options.cleanDotFiles; }
+    [[nodiscard]] QString customPathPrefix() const { return m_options.customPathPrefix; }
+    [[nodiscard]] QVariantList exportResultSummaries() const;
+    void setExtendedM3U(bool on);
+    void setUseM3U8Extension(bool on);
+    void setSanitizeFilenames(bool on);
+    void setCleanDotFiles(bool on);
+    void setCustomPathPrefix(const QString &prefix);
+
     // How long the success flag stays raised after a run; only tests change it.
     void setSuccessFeedbackDuration(int milliseconds) { m_successFeedback.setInterval(milliseconds); }
 
@@ -195,6 +246,9 @@ Q_SIGNALS:
     void conversionSuccessFeedbackChanged();
     // The interface language changed: every text is to be drawn again.
     void languageChanged();
+    void devicesChanged();
+    void filteredPlaylistsChanged();
+    void fileSelectionChanged();
 
 private:
     struct LoadOutcome;

@@ -20,9 +20,11 @@ QVariant FileItemListModel::data(const QModelIndex &index, int role) const
     case SizeTextRole:
         return row.item.sizeBytes ? formattedByteCount(*row.item.sizeBytes) : QString();
     case DateTextRole:
-        return row.item.modificationDate
-                   ? QLocale().toString(*row.item.modificationDate, QLocale::ShortFormat)
-                   : QString();
+        if (!row.item.modificationDate)
+            return QString();
+        // Date and minutes; seconds add nothing to a file list.
+        return QLocale().toString(row.item.modificationDate->date(), QLocale::ShortFormat) + QStringLiteral(", ") +
+               QLocale().toString(row.item.modificationDate->time(), QLocale::ShortFormat);
     case ModificationDateRole:
         return row.item.modificationDate ? QVariant(*row.item.modificationDate) : QVariant();
     case IsSelectedRole:

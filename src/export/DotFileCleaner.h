@@ -9,8 +9,10 @@ namespace kestrune {
 // followed: a dot-named link is removed as a link, and a link to a folder is not entered.
 class DotFileCleaner {
 public:
-    // The system cleaner run first where it exists (macOS); an empty path skips it.
-    explicit DotFileCleaner(QString systemCleanerPath = QStringLiteral("/usr/sbin/dot_clean"));
+    // Runs the system cleaner "/usr/sbin/dot_clean" first where it exists (macOS).
+    DotFileCleaner() : DotFileCleaner(QStringLiteral("/usr/sbin/dot_clean")) {}
+    // Another system cleaner; an empty path skips that pass.
+    explicit DotFileCleaner(QString systemCleanerPath);
 
     // Returns how many items its own pass removed; a removed folder counts once.
     int clean(const QString &root) const;

@@ -16,7 +16,8 @@ namespace kestrune {
 // generator may serve any thread.
 class RockboxGenerator {
 public:
-    explicit RockboxGenerator(DotFileCleaner cleaner = DotFileCleaner()) : m_cleaner(std::move(cleaner)) {}
+    RockboxGenerator() = default;
+    explicit RockboxGenerator(DotFileCleaner cleaner) : m_cleaner(std::move(cleaner)) {}
 
     // The file text of one playlist. Pure; reads only the resolved tracks, the EXTINF flag and the prefix.
     [[nodiscard]] QString generateM3UContent(const Playlist &playlist,

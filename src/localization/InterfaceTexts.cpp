@@ -47,6 +47,23 @@ QString InterfaceTexts::languageCode() const
     return rawValue(m_manager.currentLanguage());
 }
 
+QVariantList InterfaceTexts::languages() const
+{
+    QVariantList list;
+    for (AppLanguage language : allAppLanguages()) {
+        list.append(QVariantMap{{QStringLiteral("code"), rawValue(language)},
+                                {QStringLiteral("flag"), flag(language)},
+                                {QStringLiteral("displayName"), displayName(language)}});
+    }
+    return list;
+}
+
+void InterfaceTexts::setLanguage(const QString &code)
+{
+    if (const std::optional<AppLanguage> language = appLanguageFromRawValue(code))
+        m_manager.setLanguage(*language);
+}
+
 QString InterfaceTexts::format(const QString &languageCode, const QString &key, int count,
                                const QString &text) const
 {

@@ -15,12 +15,17 @@ class InterfaceTexts : public QObject {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY languageChanged)
     Q_PROPERTY(QString languageCode READ languageCode NOTIFY languageChanged)
+    // Each language as {code, flag, displayName}, in the order menus show them.
+    Q_PROPERTY(QVariantList languages READ languages CONSTANT)
 
 public:
     explicit InterfaceTexts(LocalizationManager &manager, QObject *parent = nullptr);
 
     [[nodiscard]] QVariantMap texts() const { return m_texts; }
     [[nodiscard]] QString languageCode() const;
+    [[nodiscard]] QVariantList languages() const;
+    // Switches the interface language ("en" or "it"); other codes are ignored.
+    Q_INVOKABLE void setLanguage(const QString &code);
 
     // A text with payload by key name ("selectAll"). A view passes languageCode so that its binding is
     // evaluated again when the language changes. An unknown or plain key gives the key's own name.

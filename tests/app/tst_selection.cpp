@@ -60,6 +60,7 @@ private Q_SLOTS:
     void tickingOneRowChangesOneRow();
     void narrowingTheFilterRemovesRows();
     void fileSelection();
+    void derivedValuesFollowTheirSources();
 
 private:
     std::unique_ptr<AppFixture> m_fixture;
@@ -225,6 +226,25 @@ void TestSelection::fileSelection()
     QCOMPARE(m_model->currentDirectoryItemsModel()->index(1, 0).data(FileItemListModel::IsSelectedRole).toBool(), false);
     m_model->deselectAllItems();
     QVERIFY(m_model->selectedFileItemIds().isEmpty());
+}
+
+void TestSelection::derivedValuesFollowTheirSources()
+{
+    QSignalSpy playlistsSide(m_model, &AppViewModel::filteredPlaylistsChanged);
+    QSignalSpy filesSide(m_model, &AppViewModel::fileSelectionChanged);
+    QCOMPARE(m_model->filteredTickState(), 2);
+    QCOMPARE(m_model->tickedPlaylistCount(), 5);
+    m_model->togglePlaylistSelection(m_fixture->playlist("B").id);
+    QCOMPARE(m_model->filteredTickState(), 1);
+    QCOMPARE(m_model->tickedPlaylistCount(), 4);
+    m_model->deselectAllPlaylists();
+    QCOMPARE(m_model->filteredTickState(), 0);
+    QCOMPARE(playlistsSide.count(), 2);
+
+    m_model->clickFileRow(1, {});
+    QCOMPARE(m_model->selectedFileCount(), 1);
+    QCOMPARE(filesSide.count(), 1);
+    QCOMPARE(m_model->property("someFilesSelected").toBool(), true);
 }
 
 QTEST_GUILESS_MAIN(TestSelection)

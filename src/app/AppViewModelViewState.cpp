@@ -1,0 +1,127 @@
+// Values derived for the views, and the option fields one by one.
+#include "AppViewModel.h"
+
+#include <QDir>
+
+namespace kestrune {
+
+QStringList AppViewModel::detectedDeviceNames() const
+{
+    QStringList names;
+    for (const IPodDevice &device : m_detector->detectedDevices())
+        names.append(device.name);
+    return names;
+}
+
+int AppViewModel::selectedDeviceIndex() const
+{
+    const std::optional<IPodDevice> &selected = m_detector->selectedDevice();
+    if (!selected)
+        return -1;
+    const QList<IPodDevice> &devices = m_detector->detectedDevices();
+    const auto found = std::find_if(devices.cbegin(), devices.cend(), [&selected](const IPodDevice &device) {
+        return device.mountURL == selected->mountURL;
+    });
+    return found == devices.cend() ? -1 : int(found - devices.cbegin());
+}
+
+QString AppViewModel::selectedDeviceName() const
+{
+    const std::optional<IPodDevice> &selected = m_detector->selectedDevice();
+    return selected ? selected->name : QString();
+}
+
+void AppViewModel::selectDevice(int index)
+{
+    const QList<IPodDevice> &devices = m_detector->detectedDevices();
+    if (index >= 0 && index < devices.size())
+        m_detector->setSelectedDevice(devices.at(index));
+}
+
+void AppViewModel::rescanDevices()
+{
+    m_detector->scanVolumes();
+}
+
+int AppViewModel::filteredTickState() const
+{
+    const auto ticked = std::count_if(
+        m_filteredPlaylists.cbegin(), m_filteredPlaylists.cend(),
+        [this](const Playlist &playlist) { return m_selectedPlaylistIds.contains(playlist.id); });
+    if (ticked == 0)
+        return 0;
+    return ticked == m_filteredPlaylists.size() ? 2 : 1;
+}
+
+int AppViewModel::tickedPlaylistCount() const
+{
+    return int(std::count_if(m_playlists.cbegin(), m_playlists.cend(), [this](const Playlist &playlist) {
+        return m_selectedPlaylistIds.contains(playlist.id);
+    }));
+}
+
+int AppViewModel::selectedFileCount() const
+{
+    return int(std::count_if(
+        m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
+        [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); }));
+}
+
+QString AppViewModel::destinationFolderPath() const
+{
+    return m_options.destinationFolder ? QDir::toNativeSeparators(m_options.destinationFolder->toLocalFile())
+                                       : QString();
+}
+
+QVariantList AppViewModel::exportResultSummaries() const
+{
+    QVariantList summaries;
+    for (const ExportItemResult &result : m_exportResults) {
+        summaries.append(
+            QVariantMap{{QStringLiteral("playlistName"), result.playlistName},
+                        {QStringLiteral("filename"), result.filename},
+                        {QStringLiteral("path"), QDir::toNativeSeparators(result.fileURL.toLocalFile())},
+                        {QStringLiteral("trackCount"), result.trackCount},
+                        {QStringLiteral("isSuccess"), result.isSuccess},
+                        {QStringLiteral("isUpdate"), result.isUpdate},
+                        {QStringLiteral("errorMessage"), result.errorMessage.value_or(QString())}});
+    }
+    return summaries;
+}
+
+void AppViewModel::setExtendedM3U(bool on)
+{
+    ConversionOptions options = m_options;
+    options.extendedM3U = on;
+    setOptions(options);
+}
+
+void AppViewModel::setUseM3U8Extension(bool on)
+{
+    ConversionOptions options = m_options;
+    options.useM3U8Extension = on;
+    setOptions(options);
+}
+
+void AppViewModel::setSanitizeFilenames(bool on)
+{
+    ConversionOptions options = m_options;
+    options.sanitizeFilenames = on;
+    setOptions(options);
+}
+
+void AppViewModel::setCleanDotFiles(bool on)
+{
+    ConversionOptions options = m_options;
+    options.cleanDotFiles = on;
+    setOptions(options);
+}
+
+void AppViewModel::setCustomPathPrefix(const QString &prefix)
+{
+    ConversionOptions options = m_options;
+    options.customPathPrefix = prefix;
+    setOptions(options);
+}
+
+} // namespace kestrune

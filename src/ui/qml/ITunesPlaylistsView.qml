@@ -1,0 +1,198 @@
+import QtQuick
+import Kestrune
+import QtQuick.Controls
+import QtQuick.Layouts
+
+// The right pane: the library's playlists, searched, filtered, ticked and converted.
+Item {
+    id: pane
+
+    required property var viewModel
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: 16
+        spacing: 10
+
+        // Header: title and count.
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 8
+            SymbolIcon { symbol: "music.note.list"; size: 16; color: Theme.accent }
+            Text {
+                objectName: "itunesHeaderLabel"
+                text: Texts.texts.itunesHeader
+                color: Theme.primaryText
+                font.family: Theme.fontFamily
+                font.pixelSize: Theme.headlineText
+                font.weight: Font.DemiBold
+                Layout.fillWidth: true
+                elide: Text.ElideRight
+            }
+            Text {
+                text: Texts.format(Texts.languageCode, "totalCount", pane.viewModel.filteredPlaylistCount)
+                color: Theme.secondaryText
+                font.family: Theme.fontFamily
+                font.pixelSize: Theme.smallText
+            }
+        }
+
+        // Search field with its clear button.
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.preferredHeight: 32
+            radius: 9
+            color: Theme.glassFillStrong
+            border.width: 1
+            border.color: searchField.activeFocus ? Qt.rgba(Theme.accent.r, Theme.accent.g, Theme.accent.b, 0.6)
+                                                  : Qt.rgba(0, 0, 0, 0.08)
+            RowLayout {
+                anchors.fill: parent
+                anchors.leftMargin: 10
+                anchors.rightMargin: 8
+                spacing: 6
+                SymbolIcon { symbol: "magnifyingglass"; size: 12; color: Theme.secondaryText }
+                TextField {
+                    id: searchField
+                    objectName: "searchField"
+                    Layout.fillWidth: true
+                    placeholderText: Texts.texts.searchPlaceholder
+                    placeholderTextColor: Theme.secondaryText
+                    text: pane.viewModel.searchText
+                    onTextEdited: pane.viewModel.searchText = text
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.bodyText
+                    color: Theme.primaryText
+                    background: null
+                    leftPadding: 0
+                    rightPadding: 0
+                }
+                SymbolIcon {
+                    objectName: "clearSearchButton"
+                    visible: pane.viewModel.searchText.length > 0
+                    symbol: "xmark.circle.fill"
+                    size: 13
+                    color: Theme.secondaryText
+                    MouseArea {
+                        anchors.fill: parent
+                        anchors.margins: -4
+                        onClicked: pane.viewModel.searchText = ""
+                    }
+                }
+            }
+        }
+
+        // Filters and select-all.
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 8
+            GlassCheckBox {
+                objectName: "smartOnlyToggle"
+                text: Texts.texts.filterSmartOnly
+                checked: pane.viewModel.onlySmartPlaylists
+                onToggled: pane.viewModel.onlySmartPlaylists = checked
+            }
+            Item { Layout.fillWidth: true }
+            AbstractButton {
+                implicitWidth: implicitContentWidth + leftPadding + rightPadding
+                implicitHeight: Math.max(22, implicitContentHeight + topPadding + bottomPadding)
+                id: selectAll
+                objectName: "selectAllPlaylistsButton"
+                readonly property int tickState: pane.viewModel.filteredTickState
+                visible: pane.viewModel.filteredPlaylistCount > 0
+                onClicked: tickState === 2 ? pane.viewModel.deselectAllPlaylists() : pane.viewModel.selectAllPlaylists()
+                contentItem: Row {
+                    spacing: 5
+                    SymbolIcon {
+                        symbol: selectAll.tickState === 2 ? "checkmark.square.fill"
+                                                      : (selectAll.tickState === 1 ? "minus.square.fill" : "square")
+                        size: 13
+                        color: selectAll.tickState > 0 ? Theme.accent : Theme.secondaryText
+                        anchors.verticalCenter: parent.verticalCenter
+                    }
+                    Text {
+                        text: selectAll.tickState === 2 ? Texts.texts.deselectAll
+                                                    : Texts.format(Texts.languageCode, "selectAll", pane.viewModel.filteredPlaylistCount)
+                        color: Theme.primaryText
+                        font.family: Theme.fontFamily
+                        font.pixelSize: Theme.smallText
+                        font.weight: Font.Medium
+                        anchors.verticalCenter: parent.verticalCenter
+                    }
+                }
+            }
+        }
+
+        // Body: loading, empty, or the list.
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            ColumnLayout {
+                anchors.centerIn: parent
+                visible: pane.viewModel.isLoading
+                spacing: 10
+                BusyIndicator { Layout.alignment: Qt.AlignHCenter; running: parent.visible; scale: 1.2 }
+                Text {
+                    text: Texts.texts.readingDatabase
+                    color: Theme.secondaryText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.bodyText
+                }
+            }
+            ColumnLayout {
+                objectName: "itunesEmptyState"
+                anchors.centerIn: parent
+                width: parent.width - 40
+                visible: !pane.viewModel.isLoading && pane.viewModel.filteredPlaylistCount === 0
+                spacing: 6
+                SymbolIcon {
+                    Layout.alignment: Qt.AlignHCenter
+                    symbol: "opticaldisc"
+                    size: 42
+                    color: Theme.secondaryText
+                    opacity: 0.7
+                }
+                Text {
+                    Layout.fillWidth: true
+                    horizontalAlignment: Text.AlignHCenter
+                    text: Texts.texts.itunesEmptyTitle
+                    color: Theme.primaryText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.bodyText
+                    font.weight: Font.DemiBold
+                }
+                Text {
+                    objectName: "itunesEmptySubtitle"
+                    Layout.fillWidth: true
+                    horizontalAlignment: Text.AlignHCenter
+                    wrapMode: Text.WordWrap
+                    text: pane.viewModel.hasPlaylists ? Texts.texts.itunesEmptyNoResults : Texts.texts.itunesEmptySelectIpod
+                    color: Theme.secondaryText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.smallText
+                }
+            }
+            ListView {
+                id: list
+                objectName: "playlistList"
+                anchors.fill: parent
+                visible: !pane.viewModel.isLoading && pane.viewModel.filteredPlaylistCount > 0
+                clip: true
+                spacing: 2
+                model: pane.viewModel.filteredPlaylistsModel
+                boundsBehavior: Flickable.StopAtBounds
+                ScrollBar.vertical: ScrollBar {}
+                delegate: ITunesPlaylistRow {
+                    width: list.width
+                    viewModel: pane.viewModel
+                }
+            }
+        }
+
+        ConvertButton {
+            Layout.fillWidth: true
+            viewModel: pane.viewModel
+        }
+    }
+}

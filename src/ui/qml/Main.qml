@@ -1,0 +1,125 @@
+import QtQuick
+import Kestrune
+import QtQuick.Controls
+import QtQuick.Layouts
+import QtQuick.Shapes
+
+// The one window: both panes over a soft layered background, the export options sheet and the error alert.
+ApplicationWindow {
+    id: window
+
+    required property var viewModel
+
+    width: 1100
+    height: 700
+    minimumWidth: 920
+    minimumHeight: 580
+    visible: true
+    title: "Kestrune"
+    font.family: Theme.fontFamily
+
+    background: Rectangle {
+        gradient: Gradient {
+            orientation: Gradient.Horizontal
+            GradientStop { position: 0.0; color: "#e9eef7" }
+            GradientStop { position: 1.0; color: "#f1eaf4" }
+        }
+        // Large soft colour fields give the translucent cards something to sit on.
+        Shape {
+            anchors.fill: parent
+            opacity: 0.55
+            ShapePath {
+                strokeWidth: 0
+                fillGradient: RadialGradient {
+                    centerX: window.width * 0.18; centerY: window.height * 0.85
+                    centerRadius: window.width * 0.45; focalX: centerX; focalY: centerY
+                    GradientStop { position: 0.0; color: "#b8d4ff" }
+                    GradientStop { position: 1.0; color: "transparent" }
+                }
+                startX: 0; startY: 0
+                PathLine { x: window.width; y: 0 }
+                PathLine { x: window.width; y: window.height }
+                PathLine { x: 0; y: window.height }
+                PathLine { x: 0; y: 0 }
+            }
+            ShapePath {
+                strokeWidth: 0
+                fillGradient: RadialGradient {
+                    centerX: window.width * 0.85; centerY: window.height * 0.12
+                    centerRadius: window.width * 0.4; focalX: centerX; focalY: centerY
+                    GradientStop { position: 0.0; color: "#f3c9e8" }
+                    GradientStop { position: 1.0; color: "transparent" }
+                }
+                startX: 0; startY: 0
+                PathLine { x: window.width; y: 0 }
+                PathLine { x: window.width; y: window.height }
+                PathLine { x: 0; y: window.height }
+                PathLine { x: 0; y: 0 }
+            }
+        }
+    }
+
+    ContentView {
+        anchors.fill: parent
+        anchors.margins: 6
+        viewModel: window.viewModel
+    }
+
+    ExportSettingsSheet {
+        id: settingsSheet
+        viewModel: window.viewModel
+        onClosed: window.viewModel.showExportSettings = false
+    }
+
+    Dialog {
+        id: alert
+        objectName: "alertDialog"
+        anchors.centerIn: Overlay.overlay
+        width: Math.min(420, window.width - 80)
+        modal: true
+        title: Texts.texts.alertTitle
+        closePolicy: Popup.CloseOnEscape
+        onClosed: window.viewModel.errorMessage = ""
+        Overlay.modal: Rectangle { color: Qt.rgba(0.1, 0.12, 0.18, 0.25) }
+        background: GlassCard { cornerRadius: 14; padding: 0 }
+        header: Text {
+            text: alert.title
+            padding: 18
+            bottomPadding: 4
+            color: Theme.primaryText
+            font.family: Theme.fontFamily
+            font.pixelSize: Theme.headlineText
+            font.weight: Font.DemiBold
+        }
+        contentItem: Text {
+            objectName: "alertMessage"
+            text: window.viewModel.errorMessage
+            wrapMode: Text.WordWrap
+            color: Theme.primaryText
+            font.family: Theme.fontFamily
+            font.pixelSize: Theme.bodyText
+        }
+        footer: DialogButtonBox {
+            background: null
+            Button {
+                objectName: "alertOkButton"
+                text: Texts.texts.alertOk
+                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+            }
+        }
+    }
+
+    Connections {
+        target: window.viewModel
+        function onShowExportSettingsChanged() {
+            if (window.viewModel.showExportSettings)
+                settingsSheet.open()
+            else
+                settingsSheet.close()
+        }
+        function onErrorMessageChanged() {
+            if (window.viewModel.errorMessage.length > 0)
+                alert.open()
+        }
+    }
+}
