@@ -255,6 +255,12 @@ private:
     struct FolderListing;
 
     template <typename T> void publish(T &field, T value, void (AppViewModel::*changed)());
+    template <typename T> void setOption(T ConversionOptions::*field, T value)
+    {
+        ConversionOptions changed = m_options;
+        changed.*field = std::move(value);
+        setOptions(changed);
+    }
 
     QString errorMessageText() const { return m_errorMessage.value_or(QString()); }
     void setErrorMessageText(const QString &text);

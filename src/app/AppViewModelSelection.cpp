@@ -26,32 +26,41 @@ QStringList fileIds(const QList<RockboxFileItem> &items)
     return idsOf(items, [](const RockboxFileItem &item) { return item.id(); });
 }
 
+// The click rules over one list; none when the clicked row is not in it.
+std::optional<ClickSelection> clicked(const QStringList &ids, const QString &id, ClickSelection selection,
+                                      bool isCommandPressed, bool isShiftPressed)
+{
+    const qsizetype index = ids.indexOf(id);
+    if (index < 0)
+        return std::nullopt;
+    selection.click(ids, index, isCommandPressed, isShiftPressed);
+    return selection;
+}
+
 } // namespace
 
 void AppViewModel::handlePlaylistClick(const Playlist &playlist, bool isCommandPressed, bool isShiftPressed)
 {
-    const QStringList ids = playlistIds(m_filteredPlaylists);
-    const qsizetype index = ids.indexOf(playlist.id);
-    if (index < 0)
+    std::optional<ClickSelection> selection =
+        clicked(playlistIds(m_filteredPlaylists), playlist.id,
+                {m_selectedPlaylistIds, m_lastClickedPlaylistIndex}, isCommandPressed, isShiftPressed);
+    if (!selection)
         return;
-    ClickSelection selection{m_selectedPlaylistIds, m_lastClickedPlaylistIndex};
-    selection.click(ids, index, isCommandPressed, isShiftPressed);
-    m_lastClickedPlaylistIndex = selection.anchor;
-    setSelectedPlaylistIds(std::move(selection.selected));
+    m_lastClickedPlaylistIndex = selection->anchor;
+    setSelectedPlaylistIds(std::move(selection->selected));
     setActiveDetailPlaylist(playlist); // also when the click deselected it
 }
 
 void AppViewModel::handleFileItemClick(const RockboxFileItem &item, bool isCommandPressed,
                                        bool isShiftPressed)
 {
-    const QStringList ids = fileIds(m_currentDirectoryItems);
-    const qsizetype index = ids.indexOf(item.id());
-    if (index < 0)
+    std::optional<ClickSelection> selection =
+        clicked(fileIds(m_currentDirectoryItems), item.id(), {m_selectedFileItemIds, m_lastClickedFileIndex},
+                isCommandPressed, isShiftPressed);
+    if (!selection)
         return;
-    ClickSelection selection{m_selectedFileItemIds, m_lastClickedFileIndex};
-    selection.click(ids, index, isCommandPressed, isShiftPressed);
-    m_lastClickedFileIndex = selection.anchor;
-    setSelectedFileItemIds(std::move(selection.selected));
+    m_lastClickedFileIndex = selection->anchor;
+    setSelectedFileItemIds(std::move(selection->selected));
 }
 
 void AppViewModel::clickPlaylistRow(int row, Qt::KeyboardModifiers modifiers)

@@ -91,37 +91,27 @@ QVariantList AppViewModel::exportResultSummaries() const
 
 void AppViewModel::setExtendedM3U(bool on)
 {
-    ConversionOptions options = m_options;
-    options.extendedM3U = on;
-    setOptions(options);
+    setOption(&ConversionOptions::extendedM3U, on);
 }
 
 void AppViewModel::setUseM3U8Extension(bool on)
 {
-    ConversionOptions options = m_options;
-    options.useM3U8Extension = on;
-    setOptions(options);
+    setOption(&ConversionOptions::useM3U8Extension, on);
 }
 
 void AppViewModel::setSanitizeFilenames(bool on)
 {
-    ConversionOptions options = m_options;
-    options.sanitizeFilenames = on;
-    setOptions(options);
+    setOption(&ConversionOptions::sanitizeFilenames, on);
 }
 
 void AppViewModel::setCleanDotFiles(bool on)
 {
-    ConversionOptions options = m_options;
-    options.cleanDotFiles = on;
-    setOptions(options);
+    setOption(&ConversionOptions::cleanDotFiles, on);
 }
 
 void AppViewModel::setCustomPathPrefix(const QString &prefix)
 {
-    ConversionOptions options = m_options;
-    options.customPathPrefix = prefix;
-    setOptions(options);
+    setOption(&ConversionOptions::customPathPrefix, prefix);
 }
 
 } // namespace kestrune

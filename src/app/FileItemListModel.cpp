@@ -23,7 +23,8 @@ QVariant FileItemListModel::data(const QModelIndex &index, int role) const
         if (!row.item.modificationDate)
             return QString();
         // Date and minutes; seconds add nothing to a file list.
-        return QLocale().toString(row.item.modificationDate->date(), QLocale::ShortFormat) + QStringLiteral(", ") +
+        return QLocale().toString(row.item.modificationDate->date(), QLocale::ShortFormat) +
+               QStringLiteral(", ") +
                QLocale().toString(row.item.modificationDate->time(), QLocale::ShortFormat);
     case ModificationDateRole:
         return row.item.modificationDate ? QVariant(*row.item.modificationDate) : QVariant();
