@@ -3,6 +3,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <cstdio>
 
 #include <cerrno>
 
@@ -20,8 +23,30 @@ std::optional<QString> createFolder(const QString &path)
         .arg(QFileInfo(path).fileName(), error ? qt_error_string(error) : QStringLiteral("unknown error"));
 }
 
+namespace {
+
+// QSaveFile writes through a symbolic link to its target. A link in the playlists folder may point
+// anywhere, so it is replaced by the new file instead, as renaming over it does.
+std::optional<QString> replaceLink(const QString &path, const QByteArray &bytes)
+{
+    QTemporaryFile file(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrune-XXXXXX"));
+    if (!file.open())
+        return file.errorString();
+    if (file.write(bytes) != bytes.size() || !file.flush())
+        return file.errorString(); // the temporary file goes with `file`
+    file.close();
+    if (std::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
+        return qt_error_string(errno);
+    file.setAutoRemove(false);
+    return std::nullopt;
+}
+
+} // namespace
+
 std::optional<QString> writeFileAtomically(const QString &path, const QByteArray &bytes)
 {
+    if (QFileInfo(path).isSymLink())
+        return replaceLink(path, bytes);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return file.errorString();

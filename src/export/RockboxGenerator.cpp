@@ -33,9 +33,17 @@ bool isUnsafeInFileName(QChar c)
     }
 }
 
-// With sanitising off a name is used as it is; it may still not leave the destination folder.
-bool leavesFolder(const QString &baseName)
+// With sanitising off a name is used as it is; it may still not leave the destination folder, by its
+// own text or through a linked sub-folder.
+bool leavesFolder(const QString &baseName, const QString &folder, const QString &path)
 {
+    const QString parent = QFileInfo(path).absolutePath();
+    const QString realParent = QFileInfo(parent).canonicalFilePath();
+    const QString realFolder = QFileInfo(folder).canonicalFilePath();
+    if (!realParent.isEmpty() && !realFolder.isEmpty() && realParent != realFolder &&
+        !realParent.startsWith(realFolder + u'/'))
+        return true;
+
     static const QRegularExpression driveLetter(QStringLiteral("^[A-Za-z]:"));
     if (baseName.startsWith(u'/') || baseName.startsWith(u'\\') || driveLetter.match(baseName).hasMatch())
         return true;
@@ -94,7 +102,7 @@ ExportItemResult RockboxGenerator::exportPlaylist(const Playlist &playlist, cons
         return result;
     };
 
-    if (!options.sanitizeFilenames && leavesFolder(playlist.name)) {
+    if (!options.sanitizeFilenames && leavesFolder(playlist.name, folder, path)) {
         return failed(QStringLiteral("Il nome della playlist porterebbe il file fuori dalla cartella di "
                                      "destinazione: '%1'.")
                           .arg(playlist.name));
