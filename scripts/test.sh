@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the dev preset and runs the whole test suite through CTest.
+# Installs what is missing, builds, and runs the whole test suite through CTest.
+# Usage: scripts/test.sh [PRESET]   (dev, the default, or asan for the sanitizer build)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+preset="${1:-dev}"
 scripts/install-deps.sh
-cmake --preset dev >/dev/null
-cmake --build --preset dev
-ctest --preset dev -j "$(nproc)"
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset"
+ctest --preset "$preset" -j "$(nproc)"

@@ -41,6 +41,16 @@ std::optional<QString> replaceLink(const QString &path, const QByteArray &bytes)
     return std::nullopt;
 }
 
+// QSaveFile words some failures itself ("Existing file ... is not writable"); a file made in the same
+// folder tells the system's reason, such as a read-only or full volume. Falls back to `fallback`.
+QString systemReasonForWriting(const QString &path, const QString &fallback)
+{
+    QTemporaryFile probe(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrune-XXXXXX"));
+    if (probe.open())
+        return fallback;
+    return probe.errorString();
+}
+
 } // namespace
 
 std::optional<QString> writeFileAtomically(const QString &path, const QByteArray &bytes)
@@ -49,7 +59,7 @@ std::optional<QString> writeFileAtomically(const QString &path, const QByteArray
         return replaceLink(path, bytes);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return file.errorString();
+        return systemReasonForWriting(path, file.errorString());
     // A full disk can make write() or the final flush fall short while commit() would still rename the
     // short file over the old one, so every step is checked before committing.
     if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError) {

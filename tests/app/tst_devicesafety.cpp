@@ -1,0 +1,234 @@
+#include "AppFixture.h"
+#include "core/FileSystemError.h"
+
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QProcess>
+
+using namespace kestrune;
+using namespace kestrune::testing;
+
+namespace {
+
+bool run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+// A small tmpfs standing in for an iPod's volume; unmounted when it goes out of scope.
+struct TinyVolume {
+    QString path;
+    bool mounted = false;
+
+    TinyVolume(const QString &at, const QString &options)
+        : path(at)
+    {
+#ifdef Q_OS_LINUX
+        QDir().mkpath(path);
+        mounted = run("mount", {"-t", "tmpfs", "-o", options, "tmpfs", path});
+#endif
+    }
+    ~TinyVolume()
+    {
+        if (mounted)
+            run("umount", {"-l", path});
+    }
+    bool remount(const QString &options) { return run("mount", {"-o", "remount," + options, path}); }
+};
+
+#define REQUIRE_MOUNT(volume)                                                                                          \
+    if (!(volume).mounted)                                                                                             \
+    QSKIP("needs Linux and the right to mount a tmpfs (root); this machine refused")
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Every path below a folder with a digest of what it holds; links are recorded, not followed.
+QMap<QString, QByteArray> snapshot(const QString &root)
+{
+    QMap<QString, QByteArray> entries;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QFileInfo info = it.fileInfo();
+        entries.insert(QDir(root).relativeFilePath(path),
+                       info.isSymLink() ? "link:" + info.symLinkTarget().toUtf8()
+                       : info.isDir()   ? QByteArray("dir")
+                                        : QCryptographicHash::hash(read(path), QCryptographicHash::Sha1));
+    }
+    return entries;
+}
+
+Playlist bigPlaylist(const QString &name, int tracks)
+{
+    Playlist playlist{.id = name, .name = name};
+    for (int i = 0; i < tracks; ++i) {
+        playlist.tracks.append(Track{.id = quint32(i), .title = QStringLiteral("A rather long song title %1").arg(i),
+                                     .artist = QStringLiteral("Some Artist"),
+                                     .ipodPath = QStringLiteral(":iPod_Control:Music:F01:SONG%1.mp3").arg(i),
+                                     .totalTimeMs = 200000});
+    }
+    return playlist;
+}
+
+} // namespace
+
+// The device fills up, turns read-only or goes away; and a full cycle changes only what it should.
+class TestDeviceSafety : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fullDeviceKeepsTheOldFile();
+    void readOnlyDeviceChangesNothing();
+    void deviceRemovedDuringRun();
+    void fullCycleChangesOnlyExpectedPaths();
+};
+
+void TestDeviceSafety::fullDeviceKeepsTheOldFile()
+{
+    QTemporaryDir dir;
+    TinyVolume volume(dir.filePath("ipod"), "size=64k");
+    REQUIRE_MOUNT(volume);
+    const QString folder = volume.path + "/Playlists";
+    writeFile(folder + "/Big.m3u8", "#EXTM3U\nthe old playlist\n");
+    const QByteArray before = read(folder + "/Big.m3u8");
+
+    const ExportItemResult result =
+        RockboxGenerator().exportPlaylist(bigPlaylist("Big", 3000), QUrl::fromLocalFile(folder), {});
+    QVERIFY(!result.isSuccess);
+    QVERIFY2(!result.errorMessage.value_or(QString()).isEmpty(), "the system's reason is reported");
+    QCOMPARE(read(folder + "/Big.m3u8"), before);
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Big.m3u8"});
+}
+
+void TestDeviceSafety::readOnlyDeviceChangesNothing()
+{
+    QTemporaryDir dir;
+    TinyVolume volume(dir.filePath("ipod"), "size=1m");
+    REQUIRE_MOUNT(volume);
+    const QString folder = volume.path + "/Playlists";
+    writeFile(folder + "/Rock.m3u8", "old");
+    writeFile(folder + "/._Rock.m3u8", "junk");
+    QVERIFY(volume.remount("ro"));
+    const QMap<QString, QByteArray> before = snapshot(volume.path);
+
+    const RockboxGenerator generator;
+    for (const QString &name : {QStringLiteral("Rock"), QStringLiteral("New")}) {
+        const ExportItemResult result = generator.exportPlaylist(bigPlaylist(name, 3), QUrl::fromLocalFile(folder), {});
+        QVERIFY(!result.isSuccess);
+        QVERIFY2(result.errorMessage.value_or(QString()).contains("Read-only", Qt::CaseInsensitive),
+                 qPrintable(result.errorMessage.value_or(QString())));
+    }
+    QCOMPARE(generator.cleanDotFiles(QUrl::fromLocalFile(folder)), 0);
+    QVERIFY_THROWS_EXCEPTION(FileSystemError, generator.deleteItem(QUrl::fromLocalFile(folder + "/Rock.m3u8")));
+    QCOMPARE(snapshot(volume.path), before);
+}
+
+void TestDeviceSafety::deviceRemovedDuringRun()
+{
+    // The volume lies in a read-only parent, as /media/USER or /Volumes are for a user: once it is
+    // unmounted, its playlists folder cannot be made again.
+    QTemporaryDir dir;
+    TinyVolume parent(dir.filePath("media"), "size=64k");
+    REQUIRE_MOUNT(parent);
+    TinyVolume device(parent.path + "/IPOD", "size=8m");
+    QVERIFY(device.mounted);
+    QVERIFY(parent.remount("ro"));
+
+    AppFixture fixture;
+    ITunesDBBuilder builder;
+    QList<quint32> ids;
+    for (quint32 id = 1; id <= 3000; ++id) {
+        builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Artist", QStringLiteral(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
+        ids.append(id);
+    }
+    for (int p = 0; p < 30; ++p)
+        builder.addPlaylist(PlaylistItem::of(QStringLiteral("Mix %1").arg(p), ids));
+    fixture.addIPod("HOST", builder.build());
+    AppViewModel &model = fixture.startLoaded(30);
+    ConversionOptions options = model.options();
+    options.destinationFolder = QUrl::fromLocalFile(device.path + "/Playlists");
+    model.setOptions(options);
+
+    bool removed = false;
+    connect(&model, &AppViewModel::conversionProgressChanged, &model, [&] {
+        if (!removed && model.conversionProgress() > 0)
+            removed = run("umount", {"-l", device.path});
+    });
+    model.convertSelectedPlaylists();
+    QTRY_VERIFY_WITH_TIMEOUT(!model.isConverting(), 20000);
+    device.mounted = !removed;
+    QVERIFY(removed);
+
+    const QList<ExportItemResult> &results = model.exportResults();
+    QCOMPARE(results.size(), 30);
+    QVERIFY(results.first().isSuccess);
+    QVERIFY2(!results.last().isSuccess, "the playlists after the removal fail");
+    for (qsizetype i = 1; i < results.size(); ++i) {
+        QVERIFY2(results[i - 1].isSuccess || !results[i].isSuccess, "no success after the first failure");
+        QVERIFY(results[i].isSuccess || !results[i].errorMessage.value_or(QString()).isEmpty());
+    }
+    // The model goes on: the folder is gone, and another destination works.
+    QTRY_COMPARE(model.currentDirectoryItems().size(), 0);
+    QTemporaryDir elsewhere;
+    options.destinationFolder = QUrl::fromLocalFile(elsewhere.path());
+    model.setOptions(options);
+    model.convertSelectedPlaylists();
+    QTRY_VERIFY_WITH_TIMEOUT(!model.isConverting(), 20000);
+    QVERIFY(std::all_of(model.exportResults().cbegin(), model.exportResults().cend(),
+                        [](const ExportItemResult &result) { return result.isSuccess; }));
+}
+
+void TestDeviceSafety::fullCycleChangesOnlyExpectedPaths()
+{
+    AppFixture fixture;
+    const QString root = fixture.addIPod("IPOD");
+    writeFile(root + "/iPod_Control/Music/F00/A.mp3", "music");
+    writeFile(root + "/iPod_Control/Music/F00/._A.mp3", "junk beside the music");
+    writeFile(root + "/.rockbox/config.cfg", "volume: -25");
+    writeFile(root + "/.DS_Store", "junk at the root");
+    writeFile(root + "/Playlists/Old.m3u8", "to be deleted");
+    writeFile(root + "/Playlists/Keep.m3u", "kept");
+    writeFile(root + "/Playlists/road trip.m3u8", "updated in place? no: another name");
+    writeFile(root + "/Playlists/._Old.m3u8", "junk");
+    writeFile(root + "/Playlists/.rockbox/x", "spared");
+#ifndef Q_OS_WIN
+    QTemporaryDir outside;
+    writeFile(outside.filePath("._precious"), "not ours");
+    QVERIFY(QFile::link(outside.path(), root + "/Playlists/linked"));
+#endif
+    const QMap<QString, QByteArray> before = snapshot(root);
+
+    AppViewModel &model = fixture.startLoaded();
+    model.convertSelectedPlaylists();
+    QTRY_VERIFY(!model.isConverting());
+    QTRY_COMPARE(model.currentDirectoryItems().size(), 6);
+    const auto old = std::find_if(model.currentDirectoryItems().cbegin(), model.currentDirectoryItems().cend(),
+                                  [](const RockboxFileItem &item) { return item.name == "Old.m3u8"; });
+    QVERIFY(old != model.currentDirectoryItems().cend());
+    model.stageDelete({*old});
+    model.applyPendingChanges();
+    QTRY_COMPARE(model.currentDirectoryItems().size(), 5);
+
+    QMap<QString, QByteArray> expected = before;
+    expected.remove("Playlists/Old.m3u8");  // staged and applied
+    expected.remove("Playlists/._Old.m3u8"); // a dot file of the playlists folder
+    const QMap<QString, QByteArray> after = snapshot(root);
+    for (const char *written : {"Playlists/Road Trip.m3u8", "Playlists/Chill.m3u8", "Playlists/Empty.m3u8"}) {
+        QVERIFY2(after.contains(written), qPrintable(written));
+        expected.insert(written, after.value(written));
+    }
+    QCOMPARE(after, expected);
+#ifndef Q_OS_WIN
+    QCOMPARE(read(outside.filePath("._precious")), QByteArray("not ours"));
+#endif
+}
+
+QTEST_GUILESS_MAIN(TestDeviceSafety)
+#include "tst_devicesafety.moc"

@@ -1,0 +1,118 @@
+#include "core/ITunesDBParser.h"
+#include "core/ParseError.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTest>
+
+using namespace kestrune;
+
+namespace {
+
+QByteArray fixture(const char *name)
+{
+    QFile file(QStringLiteral(KESTRUNE_TEST_DATA_DIR "/itunesdb/") + QLatin1StringView(name));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("missing fixture %s", name);
+    return file.readAll();
+}
+
+// Parses damaged copies of a real database and keeps score across all of them.
+class Sweep {
+public:
+    // Returns false, with the reason in `failure`, when a case misbehaves.
+    bool parse(const QByteArray &bytes)
+    {
+        ParseWork work;
+        const ParseWork limits = ParseBudget::limitsFor(bytes.size());
+        try {
+            const ParseResult result = ITunesDBParser().parse(bytes, &work);
+            if (bytes.size() < 32 || !bytes.startsWith("mhbd"))
+                return fail(bytes, "parsed what should have been refused");
+            for (const Playlist &playlist : result.playlists) {
+                if (playlist.name.isEmpty() || playlist.tracks.size() > playlist.trackIds.size())
+                    return fail(bytes, "a playlist broke its invariants");
+            }
+        } catch (const ParseError &error) {
+            const ParseError::Kind expected =
+                bytes.size() < 32 ? ParseError::Kind::fileTooSmall : ParseError::Kind::invalidHeader;
+            if (error.kind() != expected || (expected == ParseError::Kind::invalidHeader && bytes.startsWith("mhbd")))
+                return fail(bytes, "wrong error");
+        }
+        if (work.iterations > limits.iterations || work.chunks > limits.chunks ||
+            work.decodedBytes > limits.decodedBytes)
+            return fail(bytes, "spent more than its limits");
+        ++cases;
+        totalBytes += bytes.size();
+        return true;
+    }
+
+    qint64 cases = 0;
+    qint64 totalBytes = 0;
+    QString failure;
+
+private:
+    bool fail(const QByteArray &bytes, const char *why)
+    {
+        failure = QStringLiteral("%1 (input of %2 bytes)").arg(QLatin1StringView(why)).arg(bytes.size());
+        return false;
+    }
+};
+
+} // namespace
+
+// Real databases, cut short and with bytes flipped: every parse returns a result or the right error,
+// within its work limits, and the whole sweep stays linear in the bytes parsed.
+class TestDamageSweep : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void truncations();
+    void flippedBytes();
+};
+
+void TestDamageSweep::truncations()
+{
+    Sweep sweep;
+    QElapsedTimer timer;
+    timer.start();
+    const QByteArray small = fixture("podcasts-23-tracks.iTunesDB");
+    for (qsizetype cut = 0; cut <= qMin<qsizetype>(small.size(), 64 * 1024); ++cut)
+        QVERIFY2(sweep.parse(small.left(cut)), qPrintable(sweep.failure));
+    const QByteArray large = fixture("library-5375-tracks.iTunesDB");
+    for (qsizetype cut = 64 * 1024; cut <= large.size(); cut += 16411)
+        QVERIFY2(sweep.parse(large.left(cut)), qPrintable(sweep.failure));
+    const qint64 elapsed = timer.elapsed();
+    qInfo("%lld truncated databases, %lld MB, in %lld ms", sweep.cases, sweep.totalBytes / 1000000, elapsed);
+    QVERIFY2(elapsed < sweep.totalBytes / 1000, "slower than 1 MB/s overall: the work is not linear");
+}
+
+void TestDamageSweep::flippedBytes()
+{
+    Sweep sweep;
+    QElapsedTimer timer;
+    timer.start();
+    QRandomGenerator random(20261121); // the same positions on every run
+    const QByteArray small = fixture("podcasts-23-tracks.iTunesDB");
+    for (qsizetype at = 0; at < small.size(); at += 5) {
+        QByteArray damaged = small;
+        damaged[at] = char(damaged[at] ^ char(1 + random.bounded(255)));
+        QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
+    }
+    const QByteArray large = fixture("library-5375-tracks.iTunesDB");
+    for (int i = 0; i < 100; ++i) {
+        QByteArray damaged = large;
+        for (int flips = 0; flips < 8; ++flips) {
+            const qsizetype at = random.bounded(int(large.size()));
+            damaged[at] = char(random.bounded(256));
+        }
+        QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
+    }
+    const qint64 elapsed = timer.elapsed();
+    qInfo("%lld damaged databases, %lld MB, in %lld ms", sweep.cases, sweep.totalBytes / 1000000, elapsed);
+    QVERIFY2(elapsed < sweep.totalBytes / 1000, "slower than 1 MB/s overall: the work is not linear");
+}
+
+QTEST_APPLESS_MAIN(TestDamageSweep)
+#include "tst_damagesweep.moc"

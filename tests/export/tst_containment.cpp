@@ -1,0 +1,143 @@
+#include "export/RockboxGenerator.h"
+
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace kestrune;
+
+namespace {
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("cannot write %s", qPrintable(path));
+    file.write(bytes);
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Every path below a folder with a digest of its content (or its link target), links not followed.
+QMap<QString, QByteArray> snapshot(const QString &root)
+{
+    QMap<QString, QByteArray> entries;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QFileInfo info = it.fileInfo();
+        entries.insert(path, info.isSymLink() ? info.symLinkTarget().toUtf8()
+                             : info.isDir()   ? QByteArray("dir")
+                                              : QCryptographicHash::hash(read(path), QCryptographicHash::Sha1));
+    }
+    return entries;
+}
+
+Playlist playlistNamed(const QString &name)
+{
+    return Playlist{.id = QStringLiteral("p"), .name = name,
+                    .tracks = {Track{.id = 1, .title = QStringLiteral("T"), .ipodPath = QStringLiteral(":a.mp3")}}};
+}
+
+} // namespace
+
+// Whatever the names and options, writing stays inside the destination folder.
+class TestContainment : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void linkedPlaylistFileIsReplacedNotWrittenThrough();
+    void linkedSubFolderIsRefused();
+    void randomNamesStayInside_data();
+    void randomNamesStayInside();
+};
+
+void TestContainment::linkedPlaylistFileIsReplacedNotWrittenThrough()
+{
+#ifdef Q_OS_WIN
+    QSKIP("symbolic links need extra rights on Windows");
+#endif
+    QTemporaryDir outside;
+    const QString victim = outside.filePath("victim.txt");
+    write(victim, "not ours");
+    QTemporaryDir device;
+    const QString folder = device.filePath("Playlists");
+    QDir().mkpath(folder);
+    QVERIFY(QFile::link(victim, folder + "/Rock.m3u8"));
+
+    const ExportItemResult result =
+        RockboxGenerator().exportPlaylist(playlistNamed("Rock"), QUrl::fromLocalFile(folder), {});
+    QVERIFY(result.isSuccess);
+    QCOMPARE(read(victim), QByteArray("not ours"));
+    QVERIFY(!QFileInfo(folder + "/Rock.m3u8").isSymLink());
+    QVERIFY(read(folder + "/Rock.m3u8").startsWith("#EXTM3U\n"));
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Rock.m3u8"});
+}
+
+void TestContainment::linkedSubFolderIsRefused()
+{
+#ifdef Q_OS_WIN
+    QSKIP("symbolic links need extra rights on Windows");
+#endif
+    QTemporaryDir outside;
+    QTemporaryDir device;
+    const QString folder = device.filePath("Playlists");
+    QDir().mkpath(folder);
+    QVERIFY(QFile::link(outside.path(), folder + "/elsewhere"));
+    const ExportItemResult result = RockboxGenerator().exportPlaylist(
+        playlistNamed("elsewhere/escape"), QUrl::fromLocalFile(folder), ConversionOptions{.sanitizeFilenames = false});
+    QVERIFY(!result.isSuccess);
+    QVERIFY(QDir(outside.path()).isEmpty());
+}
+
+void TestContainment::randomNamesStayInside_data()
+{
+    QTest::addColumn<bool>("sanitize");
+    QTest::addRow("sanitising") << true;
+    QTest::addRow("names as they are") << false;
+}
+
+void TestContainment::randomNamesStayInside()
+{
+    QFETCH(bool, sanitize);
+    QTemporaryDir root;
+    const QString folder = root.filePath("device/Playlists");
+    write(root.filePath("device/iPod_Control/Music/F00/A.mp3"), "music");
+    write(root.filePath("beside.txt"), "neighbour");
+    QDir().mkpath(folder + "/sub");
+    const QMap<QString, QByteArray> before = snapshot(root.path());
+
+    const QStringList pieces{"..", ".", "/", "\\", "sub", ":", "*", "?", " ", "Rock", "é", "C:", "~", "\n", ""};
+    QRandomGenerator random(42);
+    const RockboxGenerator generator{DotFileCleaner(QString())};
+    for (int i = 0; i < 400; ++i) {
+        QString name;
+        for (int p = random.bounded(1, 6); p > 0; --p)
+            name += pieces.at(random.bounded(int(pieces.size())));
+        const ConversionOptions options{.useM3U8Extension = random.bounded(2) == 0, .sanitizeFilenames = sanitize};
+        const ExportItemResult result = generator.exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(folder), options);
+        if (result.isSuccess) {
+            const QString written = QFileInfo(result.fileURL.toLocalFile()).canonicalFilePath();
+            QVERIFY2(written.startsWith(QFileInfo(folder).canonicalFilePath() + '/'), qPrintable(name));
+        }
+    }
+    // Outside the playlists folder nothing changed.
+    QMap<QString, QByteArray> after = snapshot(root.path());
+    for (auto it = after.begin(); it != after.end();) {
+        it = it.key().startsWith(folder + '/') ? after.erase(it) : std::next(it);
+    }
+    QMap<QString, QByteArray> expected = before;
+    expected.remove(folder + "/sub");
+    QCOMPARE(after, expected);
+}
+
+QTEST_GUILESS_MAIN(TestContainment)
+#include "tst_containment.moc"
