@@ -14,6 +14,7 @@ struct AppViewModel::LoadOutcome {
     ParseResult library;
     QList<ExistingRockboxFile> existingFiles;
     QList<RockboxFileItem> fileItems;
+    PlaylistSearchIndex searchIndex;
 };
 
 AppViewModel::AppViewModel(Services services, QObject *parent)
@@ -248,6 +249,7 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
             outcome.existingFiles = generator.scanExistingPlaylists(folder);
             outcome.fileItems = generator.listPlaylists(folder);
             attachExistingFiles(outcome.library.playlists, outcome.existingFiles);
+            outcome.searchIndex = PlaylistSearchIndex(outcome.library.playlists);
             return outcome;
         },
         [this](LoadOutcome outcome) { applyLoad(std::move(outcome)); });
@@ -261,6 +263,7 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         return;
     }
     setTracks(std::move(outcome.library.tracks));
+    m_searchIndex = std::move(outcome.searchIndex);
     setPlaylists(std::move(outcome.library.playlists));
     setExistingRockboxFiles(std::move(outcome.existingFiles));
     setCurrentDirectoryItems(std::move(outcome.fileItems));
@@ -285,6 +288,13 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
 
 void AppViewModel::clear()
 {
+    // Held here until the model has let go, then handed to the thread pool, which frees a large library
+    // away from the GUI thread.
+    TrackTable oldTracks = m_tracks;
+    QList<Playlist> oldPlaylists = m_playlists;
+    std::optional<Playlist> oldActive = m_activeDetailPlaylist;
+    PlaylistSearchIndex oldIndex = std::exchange(m_searchIndex, {});
+
     setTracks({});
     setPlaylists({});
     setSelectedPlaylistIds({});
@@ -294,6 +304,8 @@ void AppViewModel::clear()
     setExistingRockboxFiles({});
     setPendingActions({});
     setErrorMessage(std::nullopt);
+    releaseInBackground(std::move(oldTracks), std::move(oldPlaylists), std::move(oldActive),
+                        std::move(oldIndex));
 }
 
 std::optional<QUrl> AppViewModel::playlistsBaseFolderURL() const
@@ -308,14 +320,24 @@ std::optional<QUrl> AppViewModel::playlistsBaseFolderURL() const
 void AppViewModel::refilterPlaylists()
 {
     const PlaylistFilter filter{m_searchText, m_hideMasterPlaylist, m_onlySmartPlaylists};
-    m_filteredPlaylists = filter.apply(m_playlists);
+    const bool indexed = m_searchIndex.describes(m_playlists);
+    m_filteredPlaylists = indexed ? filter.apply(m_playlists, m_searchIndex) : filter.apply(m_playlists);
     const QString activeId = m_activeDetailPlaylist ? m_activeDetailPlaylist->id : QString();
     QList<PlaylistRow> rows;
     rows.reserve(m_filteredPlaylists.size());
-    for (const Playlist &playlist : std::as_const(m_filteredPlaylists))
-        rows.append(
-            PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId));
-    m_playlistRows.setRows(std::move(rows));
+    qsizetype position = 0; // the filtered playlists keep database order
+    for (const Playlist &playlist : std::as_const(m_filteredPlaylists)) {
+        PlaylistRow row = PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId);
+        if (indexed) {
+            while (m_playlists.at(position).id != playlist.id)
+                ++position;
+            row.formattedDuration = m_searchIndex.formattedDuration(position);
+        } else {
+            row.formattedDuration = playlist.formattedTotalDuration();
+        }
+        rows.append(std::move(row));
+    }
+    m_playlistRows.setPlaylistRows(std::move(rows));
     Q_EMIT filteredPlaylistsChanged();
 }
 

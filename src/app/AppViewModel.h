@@ -6,6 +6,7 @@
 #include "PendingActionListModel.h"
 #include "PendingFileAction.h"
 #include "PlaylistListModel.h"
+#include "PlaylistSearchIndex.h"
 #include "core/ITunesDBParser.h"
 #include "device/IPodDetector.h"
 #include "export/ConversionOptions.h"
@@ -322,6 +323,7 @@ private:
     std::optional<qsizetype> m_lastClickedPlaylistIndex;
 
     QList<Playlist> m_filteredPlaylists;
+    PlaylistSearchIndex m_searchIndex; // built with each load, off the GUI thread
     PlaylistListModel m_playlistRows;
     FileItemListModel m_fileRows;
     PendingActionListModel m_pendingRows;

@@ -81,10 +81,11 @@ void AppViewModel::clickFileRow(int row, Qt::KeyboardModifiers modifiers)
 
 void AppViewModel::togglePlaylistSelection(const QString &id)
 {
-    QSet<QString> ids = m_selectedPlaylistIds;
-    if (!ids.remove(id))
-        ids.insert(id);
-    setSelectedPlaylistIds(std::move(ids));
+    // In place, and one row told: a tick costs the same in a list of ten playlists or of a thousand.
+    if (!m_selectedPlaylistIds.remove(id))
+        m_selectedPlaylistIds.insert(id);
+    updatePlaylistRows({id});
+    Q_EMIT selectedPlaylistIdsChanged();
 }
 
 void AppViewModel::toggleFileItemSelection(const QString &id)

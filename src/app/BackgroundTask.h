@@ -39,4 +39,12 @@ template <typename Step> void postToGuiThread(const QPointer<QObject> &owner, St
         Qt::QueuedConnection);
 }
 
+// Lets the thread pool destroy large values (a whole library) so that freeing them never stalls the GUI
+// thread. The caller must hold no other reference that outlives this call.
+template <typename... Values> void releaseInBackground(Values &&...values)
+{
+    QThreadPool::globalInstance()->start(
+        [... held = std::forward<Values>(values)]() mutable { (static_cast<void>(std::move(held)), ...); });
+}
+
 } // namespace kestrune

@@ -24,4 +24,19 @@ QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists) const
     return kept;
 }
 
+QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists,
+                                      const PlaylistSearchIndex &index) const
+{
+    const std::vector<bool> searched = index.matches(searchText);
+    QList<Playlist> kept;
+    for (qsizetype i = 0; i < playlists.size(); ++i) {
+        const Playlist &playlist = playlists.at(i);
+        if ((hideMasterPlaylist && playlist.isMaster) || (onlySmartPlaylists && !playlist.isSmart) ||
+            !searched[size_t(i)])
+            continue;
+        kept.append(playlist);
+    }
+    return kept;
+}
+
 } // namespace kestrune

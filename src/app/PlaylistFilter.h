@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PlaylistSearchIndex.h"
 #include "core/Playlist.h"
 
 #include <QList>
@@ -17,6 +18,9 @@ struct PlaylistFilter {
     // resolved track's title or artist containing it, case-blind.
     [[nodiscard]] bool accepts(const Playlist &playlist) const;
     [[nodiscard]] QList<Playlist> apply(const QList<Playlist> &playlists) const;
+    // The same answer through an index built for these playlists, much faster on large libraries.
+    [[nodiscard]] QList<Playlist> apply(const QList<Playlist> &playlists,
+                                        const PlaylistSearchIndex &index) const;
 };
 
 } // namespace kestrune

@@ -7,7 +7,6 @@ PlaylistRow PlaylistRow::of(const Playlist &playlist, bool isTicked, bool isActi
     return PlaylistRow{.id = playlist.id,
                        .name = playlist.name,
                        .trackCount = playlist.trackCount(),
-                       .formattedDuration = playlist.formattedTotalDuration(),
                        .isMaster = playlist.isMaster,
                        .isSmart = playlist.isSmart,
                        .isOnRockbox = playlist.isAlreadyOnRockbox(),
@@ -60,9 +59,16 @@ QHash<int, QByteArray> PlaylistListModel::roleNames() const
 
 qsizetype PlaylistListModel::rowOf(const QString &playlistId) const
 {
-    const auto found = std::find_if(rows().cbegin(), rows().cend(),
-                                    [&playlistId](const PlaylistRow &row) { return row.id == playlistId; });
-    return found == rows().cend() ? -1 : found - rows().cbegin();
+    return m_rowById.value(playlistId, -1);
+}
+
+void PlaylistListModel::setPlaylistRows(QList<PlaylistRow> rows)
+{
+    setRows(std::move(rows));
+    m_rowById.clear();
+    m_rowById.reserve(this->rows().size());
+    for (qsizetype row = 0; row < this->rows().size(); ++row)
+        m_rowById.insert(this->rows().at(row).id, row);
 }
 
 } // namespace kestrune

@@ -3,6 +3,8 @@
 #include "RowListModel.h"
 #include "core/Playlist.h"
 
+#include <QHash>
+
 namespace kestrune {
 
 // What one row of the playlists pane shows.
@@ -21,6 +23,7 @@ struct PlaylistRow {
     bool operator==(const PlaylistRow &) const = default;
     [[nodiscard]] const QString &key() const { return id; }
 
+    // Everything but the duration text, which the caller fills in (it may have it ready).
     static PlaylistRow of(const Playlist &playlist, bool isTicked, bool isActive);
 };
 
@@ -47,8 +50,13 @@ public:
 
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
-    // The row showing the playlist, or -1.
+    // The row showing the playlist, or -1; constant time, as ticks look rows up one by one.
     [[nodiscard]] qsizetype rowOf(const QString &playlistId) const;
+    // Replaces the rows and renews the index of rows by playlist.
+    void setPlaylistRows(QList<PlaylistRow> rows);
+
+private:
+    QHash<QString, qsizetype> m_rowById;
 };
 
 } // namespace kestrune

@@ -2,6 +2,7 @@
 
 #include <QtEndian>
 
+#include <QLatin1StringView>
 #include <algorithm>
 #include <limits>
 
@@ -66,6 +67,17 @@ std::optional<QString> BinaryReader::readFourCC()
     if (!bytes)
         return std::nullopt;
     return decodeText(*bytes, TextEncoding::ascii);
+}
+
+BinaryReader::TagMatch BinaryReader::readFourCC(QLatin1StringView expected)
+{
+    const std::optional<QByteArrayView> bytes = readView(4);
+    if (!bytes)
+        return TagMatch::unreadable;
+    if (*bytes == QByteArrayView(expected.data(), expected.size()))
+        return TagMatch::matches;
+    const bool ascii = std::all_of(bytes->cbegin(), bytes->cend(), [](char c) { return uchar(c) < 0x80; });
+    return ascii ? TagMatch::differs : TagMatch::unreadable;
 }
 
 std::optional<QByteArrayView> BinaryReader::readView(qsizetype length)

@@ -33,6 +33,9 @@ public:
     std::optional<quint64> readUInt64LE();
     // Four bytes as ASCII. Consumes them even when they are not ASCII.
     std::optional<QString> readFourCC();
+    // Reads four bytes as readFourCC does and compares them with an ASCII tag without making a string.
+    enum class TagMatch { matches, differs, unreadable };
+    TagMatch readFourCC(QLatin1StringView expected);
     // Copies the bytes. A negative length or one that does not fit gives no value.
     std::optional<QByteArray> readData(qsizetype length);
     // Like readData, without the copy: the view lives as long as the reader's buffer.

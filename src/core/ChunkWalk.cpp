@@ -28,8 +28,7 @@ quint32 readEntryTrackId(BinaryReader &reader, qsizetype entryStart, quint32 hea
 // Reads a four-byte tag and tells whether it is `expected`. An unreadable tag is a mismatch.
 bool readTag(BinaryReader &reader, QLatin1StringView expected)
 {
-    const std::optional<QString> tag = reader.readFourCC();
-    return tag && *tag == expected;
+    return reader.readFourCC(expected) == BinaryReader::TagMatch::matches;
 }
 
 // The head of a list chunk ("mhlt", "mhlp"): moves to its first item and gives the item count.
@@ -55,12 +54,14 @@ ItemStep nextItem(BinaryReader &reader, QLatin1StringView tag, qsizetype section
     if (reader.offset() >= sectionEnd || reader.remainingBytes() < minimumBytes)
         return ItemStep::stop;
     item.start = reader.offset();
-    const std::optional<QString> found = reader.readFourCC();
-    if (!found)
+    switch (reader.readFourCC(tag)) {
+    case BinaryReader::TagMatch::unreadable:
         return ItemStep::stop;
-    if (*found != tag) {
+    case BinaryReader::TagMatch::differs:
         reader.seek(item.start + 1);
         return ItemStep::skipped;
+    case BinaryReader::TagMatch::matches:
+        break;
     }
     const std::optional<quint32> headerLen = reader.readUInt32LE();
     const std::optional<quint32> totalLen = reader.readUInt32LE();

@@ -4,16 +4,25 @@
 #include "FileSystemError.h"
 #include "MhodText.h"
 #include "ParseError.h"
+#include "SharedTrackText.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QUuid>
+
+#include <vector>
 
 namespace kestrune {
 
 namespace {
 
 using namespace chunkwalk;
+
+#if defined(__GNUC__) || defined(__clang__)
+#define KESTRUNE_PREFETCH(address) __builtin_prefetch(address)
+#else
+#define KESTRUNE_PREFETCH(address) ((void)(address))
+#endif
 
 // Object types of a track's string objects.
 enum MhodType : quint32 {
@@ -59,12 +68,28 @@ void storeTrackString(Track &track, quint32 type, QString text)
 
 void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &tracks)
 {
+    // Random tracks of a large table are cache misses. Looking them all up first lets those lookups
+    // overlap, and fetching a few tracks ahead hides most of the wait while copying.
+    constexpr qsizetype lookahead = 8;
+    std::vector<const Track *> found;
     for (Playlist &playlist : playlists) {
-        playlist.tracks.reserve(playlist.trackIds.size());
+        found.clear();
+        found.reserve(size_t(playlist.trackIds.size()));
         for (quint32 trackId : std::as_const(playlist.trackIds)) {
-            const auto found = tracks.constFind(trackId);
-            if (found != tracks.constEnd())
-                playlist.tracks.append(*found);
+            const auto at = tracks.constFind(trackId);
+            if (at != tracks.constEnd())
+                found.push_back(&*at);
+        }
+        playlist.tracks.reserve(qsizetype(found.size()));
+        for (size_t i = 0; i < found.size(); ++i) {
+            if (i + lookahead < found.size()) {
+                const Track *ahead = found[i + lookahead];
+                KESTRUNE_PREFETCH(ahead);
+                KESTRUNE_PREFETCH(reinterpret_cast<const char *>(ahead) + 64);
+                KESTRUNE_PREFETCH(reinterpret_cast<const char *>(ahead) + 128);
+                KESTRUNE_PREFETCH(ahead->title.constData());
+            }
+            playlist.tracks.append(*found[i]);
         }
     }
 }
@@ -118,10 +143,10 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
     quint32 sectionsRead = 0;
     while (reader.remainingBytes() >= 12 && sectionsRead < *sectionCount && budget.spendIteration()) {
         const qsizetype chunkStart = reader.offset();
-        const std::optional<QString> tag = reader.readFourCC();
-        if (!tag)
+        const BinaryReader::TagMatch tag = reader.readFourCC(QLatin1StringView("mhsd"));
+        if (tag == BinaryReader::TagMatch::unreadable)
             break;
-        if (*tag != QLatin1StringView("mhsd")) {
+        if (tag == BinaryReader::TagMatch::differs) {
             reader.seek(chunkStart + 4);
             continue;
         }
@@ -134,15 +159,14 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
         const qsizetype sectionEnd = chunkStart + *sectionTotalLen;
 
         if (*sectionType == 1) {
-            const QList<Track> tracks = parseTrackList(reader, sectionEnd, budget);
-            for (const Track &track : tracks) {
-                const auto slot = result.tracks.find(track.id);
-                if (slot == result.tracks.end()) {
-                    result.tracks.insert(track.id, track);
-                    result.trackOrder.append(track.id);
-                } else {
-                    *slot = track; // a later record with the same id wins
-                }
+            QList<Track> tracks = parseTrackList(reader, sectionEnd, budget);
+            result.tracks.reserve(result.tracks.size() + tracks.size());
+            for (Track &track : tracks) {
+                const qsizetype known = result.tracks.size();
+                const quint32 id = track.id;
+                result.tracks[id] = std::move(track); // a later record with the same id wins
+                if (result.tracks.size() != known)
+                    result.trackOrder.append(id);
             }
         } else if (*sectionType == 2) {
             result.playlists.append(parsePlaylistList(reader, sectionEnd, budget));
@@ -190,6 +214,7 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
                                              readMhodString(reader, start, headerLen, totalLen, budget));
                         });
 
+        shareOneAllocation(track);
         tracks.append(std::move(track));
         reader.seek(item.end());
         if (item.totalLen == 0)

@@ -31,8 +31,8 @@ std::optional<QString> decodeUtf16LE(QByteArrayView bytes)
         text.resize(bytes.size() / 2);
         std::memcpy(text.data(), bytes.data(), size_t(bytes.size()));
     } else {
-        QStringDecoder decoder(QStringConverter::Utf16LE, QStringConverter::Flag::Stateless |
-                                                              QStringConverter::Flag::ConvertInitialBom);
+        QStringDecoder decoder(QStringConverter::Utf16LE,
+                               QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
         text = decoder.decode(bytes);
         if (decoder.hasError())
             return std::nullopt;

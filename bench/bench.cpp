@@ -1,0 +1,269 @@
+// kestrune-bench: the performance figures on a generated library, each printed beside its target.
+// Usage: kestrune-bench [--tracks N] [--playlists N] [--runs N] [--data DIR]
+#include "KestruneApp.h"
+#include "LibraryGenerator.h"
+#include "Measure.h"
+#include "app/AppViewModel.h"
+#include "core/ITunesDBParser.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QEventLoop>
+#include <QProcess>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <cstdio>
+
+Q_IMPORT_QML_PLUGIN(KestrunePlugin)
+
+using namespace kestrune;
+using namespace kestrune::bench;
+
+namespace {
+
+void report(const char *figure, const QString &measured, const QString &target, bool met)
+{
+    std::printf("%-46s %-34s %-30s %s\n", figure, qPrintable(measured), qPrintable(target), met ? "meets" : "MISSES");
+    std::fflush(stdout);
+}
+
+QString timing(const Sample &sample)
+{
+    return QStringLiteral("%1 ms (%2-%3)").arg(sample.median(), 0, 'f', 1).arg(sample.min(), 0, 'f', 1).arg(sample.max(), 0, 'f', 1);
+}
+
+QString megabytes(qint64 bytes)
+{
+    return QStringLiteral("%1 MB").arg(double(bytes) / 1e6, 0, 'f', 1);
+}
+
+// Makes the library once per shape and keeps it beside the build.
+QString libraryFile(const QString &dataDir, const LibraryShape &shape)
+{
+    QDir().mkpath(dataDir);
+    const QString path = QStringLiteral("%1/library-%2-tracks-seed%3.iTunesDB").arg(dataDir).arg(shape.tracks).arg(shape.seed);
+    if (!QFileInfo::exists(path)) {
+        QFile file(path);
+        const QByteArray bytes = generateLibrary(shape);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(path));
+    }
+    return path;
+}
+
+// An iPod folder around the library, as the model loads it.
+QString ipodAround(const QTemporaryDir &dir, const QString &library)
+{
+    const QString root = dir.filePath(QStringLiteral("IPOD"));
+    QDir().mkpath(root + QStringLiteral("/iPod_Control/iTunes"));
+    QFile::link(library, root + QStringLiteral("/iPod_Control/iTunes/iTunesDB"));
+    QDir().mkpath(root + QStringLiteral("/Playlists"));
+    return root;
+}
+
+void parseFigures(const QString &library, int runs)
+{
+    const qint64 size = QFileInfo(library).size();
+    const Sample read = measure(runs, [&] {
+        QFile file(library);
+        file.open(QIODevice::ReadOnly);
+        const QByteArray bytes = file.readAll(); // fresh memory, filled
+        return bytes.isEmpty() ? 0.0 : -1.0;
+    });
+    const Sample parse = measure(runs, [&] {
+        const ParseResult result = ITunesDBParser().parse(QUrl::fromLocalFile(library));
+        return result.playlists.isEmpty() ? 0.0 : -1.0;
+    });
+    std::printf("library: %s, %s\n", qPrintable(QFileInfo(library).fileName()), qPrintable(megabytes(size)));
+    report("read the file into fresh memory", timing(read), QStringLiteral("(reference)"), true);
+    report("parse and resolve (parse(fileURL:))", timing(parse),
+           QStringLiteral("<= 1.5 x read = %1 ms").arg(1.5 * read.median(), 0, 'f', 1),
+           parse.median() <= 1.5 * read.median());
+
+    // Peak memory is measured in a process of its own, which does nothing but parse.
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak-memory-of"), library});
+    child.waitForFinished(-1);
+    const qint64 peak = child.readAllStandardOutput().trimmed().toLongLong();
+    report("peak memory of a process that parses it", megabytes(peak),
+           QStringLiteral("<= 1.5 x file = %1").arg(megabytes(qint64(1.5 * size))), peak > 0 && peak <= 1.5 * size);
+}
+
+AppViewModel::Services benchServices(const QString &volumes)
+{
+    return {.detector = {entriesOfFolder(volumes), [](const QString &) { return VolumeInfo{}; }, nullptr},
+            .generator = RockboxGenerator(DotFileCleaner(QString()))};
+}
+
+void modelFigures(const QString &library, int runs, double parseMedian)
+{
+    QTemporaryDir dir;
+    const QString root = ipodAround(dir, library);
+    AppViewModel model(benchServices(dir.filePath(QStringLiteral("none"))));
+    const IPodDevice device = *model.detector()->inspectLocation(QUrl::fromLocalFile(root));
+
+    // From the device chosen to the lists published; the GUI thread's longest pause meanwhile.
+    double longestStall = 0;
+    const Sample load = measure(runs, [&] {
+        QElapsedTimer clock;
+        QElapsedTimer sinceTick;
+        QTimer ticker;
+        ticker.setInterval(1);
+        QObject::connect(&ticker, &QTimer::timeout, [&] {
+            longestStall = std::max(longestStall, double(sinceTick.nsecsElapsed()) / 1e6);
+            sinceTick.restart();
+        });
+        QEventLoop loop;
+        QObject::connect(&model, &AppViewModel::isLoadingChanged, &loop, [&] {
+            if (!model.isLoading())
+                loop.quit();
+        });
+        clock.start();
+        sinceTick.start();
+        ticker.start();
+        model.loadDatabase(device);
+        loop.exec();
+        return double(clock.nsecsElapsed()) / 1e6;
+    });
+    report("model load, device chosen to lists published", timing(load),
+           QStringLiteral("<= 2 x parse = %1 ms").arg(2 * parseMedian, 0, 'f', 1), load.median() <= 2 * parseMedian);
+    report("longest GUI-thread stall during the load", QStringLiteral("%1 ms").arg(longestStall, 0, 'f', 1),
+           QStringLiteral("< 50 ms"), longestStall < 50);
+
+    // Typing a search, one keystroke at a time.
+    for (const auto &[label, word] : {std::pair{"search keystroke, rare match", QStringLiteral("qzxv")},
+                                      std::pair{"search keystroke, frequent match", QStringLiteral("love")}}) {
+        const Sample typing = measure(runs, [&] {
+            QElapsedTimer clock;
+            qint64 slowest = 0;
+            for (qsizetype length = 1; length <= word.size(); ++length) {
+                clock.restart();
+                model.setSearchText(word.left(length));
+                slowest = std::max(slowest, clock.nsecsElapsed());
+            }
+            model.setSearchText(QString());
+            return double(slowest) / 1e6;
+        });
+        report(label, QStringLiteral("%1 (slowest key per run)").arg(timing(typing)), QStringLiteral("<= 16 ms"),
+               typing.median() <= 16);
+    }
+
+    // Ticking one playlist: one row announced, no reset.
+    QSignalSpy changed(model.filteredPlaylistsModel(), &QAbstractItemModel::dataChanged);
+    QSignalSpy reset(model.filteredPlaylistsModel(), &QAbstractItemModel::modelReset);
+    const QString id = model.filteredPlaylists().value(model.filteredPlaylists().size() / 2).id;
+    const Sample tick = measure(runs * 20, [&] {
+        model.togglePlaylistSelection(id);
+        return -1.0;
+    });
+    const bool oneRow = reset.isEmpty() && changed.size() == runs * 20 + 1;
+    report("tick one playlist in the list model",
+           QStringLiteral("%1 us, %2 row(s) per tick, %3 reset(s)").arg(tick.median() * 1000, 0, 'f', 1).arg(double(changed.size()) / (runs * 20 + 1)).arg(reset.size()),
+           QStringLiteral("one row, no reset"), oneRow);
+}
+
+void exportFigures(const QString &library, int runs)
+{
+    const ParseResult result = ITunesDBParser().parse(QUrl::fromLocalFile(library));
+    QList<Playlist> playlists;
+    for (const Playlist &playlist : result.playlists) {
+        if (!playlist.isMaster)
+            playlists.append(playlist);
+    }
+    const RockboxGenerator generator{DotFileCleaner(QString())};
+    qint64 growth = 0;
+    const Sample exporting = measure(runs, [&] {
+        QTemporaryDir dir;
+        const QUrl folder = QUrl::fromLocalFile(dir.path());
+        const qint64 before = residentBytes();
+        QElapsedTimer clock;
+        clock.start();
+        for (const Playlist &playlist : std::as_const(playlists)) {
+            if (!generator.exportPlaylist(playlist, folder, {}).isSuccess)
+                qFatal("export failed");
+            growth = std::max(growth, residentBytes() - before);
+        }
+        return double(clock.nsecsElapsed()) / 1e6;
+    });
+    report("export every playlist to a local folder",
+           QStringLiteral("%1, %2 playlists, memory +%3").arg(timing(exporting)).arg(playlists.size()).arg(megabytes(growth)),
+           QStringLiteral("<= 1000 ms, memory flat"), exporting.median() <= 1000 && growth < 64'000'000);
+}
+
+void firstFrameFigure(int runs)
+{
+    const Sample start = measure(runs, [] {
+        QProcess child;
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--first-frame")});
+        child.waitForFinished(-1);
+        return -1.0;
+    });
+    report("application start to first frame (offscreen)", timing(start), QStringLiteral("<= 1000 ms"),
+           start.median() <= 1000);
+}
+
+// Child modes.
+int peakMemoryOf(const QString &library)
+{
+    const ParseResult result = ITunesDBParser().parse(QUrl::fromLocalFile(library));
+    std::printf("%lld\n", peakResidentBytes() + (result.tracks.isEmpty() ? 1 : 0));
+    return 0;
+}
+
+int firstFrame(int argc, char *argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QTemporaryDir dir;
+    AppViewModel model(benchServices(dir.path()));
+    QQmlApplicationEngine engine;
+    if (!KestruneApp::loadWindow(engine, &model))
+        return 1;
+    auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    QObject::connect(window, &QQuickWindow::frameSwapped, &app, &QCoreApplication::quit, Qt::QueuedConnection);
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc == 3 && qstrcmp(argv[1], "--peak-memory-of") == 0) {
+        QCoreApplication app(argc, argv);
+        return peakMemoryOf(QString::fromLocal8Bit(argv[2]));
+    }
+    if (argc == 2 && qstrcmp(argv[1], "--first-frame") == 0)
+        return firstFrame(argc, argv);
+
+    QCoreApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    const QCommandLineOption tracks(QStringLiteral("tracks"), QStringLiteral("Tracks in the library."), QStringLiteral("n"), QStringLiteral("100000"));
+    const QCommandLineOption playlists(QStringLiteral("playlists"), QStringLiteral("Playlists."), QStringLiteral("n"), QStringLiteral("1000"));
+    const QCommandLineOption runs(QStringLiteral("runs"), QStringLiteral("Measured runs per figure."), QStringLiteral("n"), QStringLiteral("5"));
+    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Where generated libraries are kept."), QStringLiteral("dir"), QStringLiteral(KESTRUNE_BENCH_DATA_DIR));
+    parser.addOptions({tracks, playlists, runs, data});
+    parser.process(app);
+
+    const LibraryShape shape{.tracks = parser.value(tracks).toInt(), .playlists = parser.value(playlists).toInt()};
+    const int runCount = std::max(1, parser.value(runs).toInt());
+    const QString library = libraryFile(parser.value(data), shape);
+    std::printf("%-46s %-34s %-30s %s\n", "figure", "median (min-max)", "target", "");
+
+    parseFigures(library, runCount);
+    const double parseMedian = measure(runCount, [&] {
+        return ITunesDBParser().parse(QUrl::fromLocalFile(library)).playlists.isEmpty() ? 0.0 : -1.0;
+    }).median();
+    modelFigures(library, runCount, parseMedian);
+    exportFigures(library, runCount);
+    firstFrameFigure(runCount);
+    return 0;
+}
