@@ -16,9 +16,10 @@ using testing::PlaylistItem;
 using testing::StringObject;
 using testing::TrackItem;
 
-const QStringList words{"love", "night", "river", "golden", "heart", "city", "dream", "fire", "blue",
-                        "summer", "light", "road", "echo", "wild", "silver", "storm", "dance", "ghost",
-                        "Caffè", "Ménage", "Señorita", "Straße", "Øresund", "Ålesund", "東京", "Москва"};
+const QStringList words{"love",   "night",   "river",   "golden", "heart", "city",   "dream",
+                        "fire",   "blue",    "summer",  "light",  "road",  "echo",   "wild",
+                        "silver", "storm",   "dance",   "ghost",  "Caffè", "Ménage", "Señorita",
+                        "Straße", "Øresund", "Ålesund", "東京",   "Москва"};
 
 QString phrase(QRandomGenerator &random, int minWords, int maxWords)
 {
@@ -42,9 +43,10 @@ TrackItem track(QRandomGenerator &random, quint32 id)
     const QString path = QStringLiteral(":iPod_Control:Music:F%1:%2.mp3")
                              .arg(random.bounded(50), 2, 10, QChar(u'0'))
                              .arg(QString::number(id, 36).toUpper().rightJustified(4, u'X'));
-    item.strings = {StringObject::utf16(1, phrase(random, 1, 5)), StringObject::utf16(2, path),
-                    StringObject::utf16(3, phrase(random, 1, 4)), StringObject::utf16(4, phrase(random, 1, 3)),
-                    StringObject::utf16(5, phrase(random, 1, 2)), StringObject::utf16(12, phrase(random, 2, 3))};
+    item.strings = {
+        StringObject::utf16(1, phrase(random, 1, 5)), StringObject::utf16(2, path),
+        StringObject::utf16(3, phrase(random, 1, 4)), StringObject::utf16(4, phrase(random, 1, 3)),
+        StringObject::utf16(5, phrase(random, 1, 2)), StringObject::utf16(12, phrase(random, 2, 3))};
     return item;
 }
 
@@ -79,7 +81,8 @@ QByteArray generateLibrary(const LibraryShape &shape)
     builder.addPlaylist(master);
     const QList<int> sizes = playlistSizes(shape);
     for (int p = 0; p < sizes.size(); ++p) {
-        PlaylistItem playlist{.name = phrase(random, 1, 3) + QStringLiteral(" %1").arg(p + 1), .dbId = quint64(p) + 2};
+        PlaylistItem playlist{.name = phrase(random, 1, 3) + QStringLiteral(" %1").arg(p + 1),
+                              .dbId = quint64(p) + 2};
         playlist.extraObjects = {StringObject::opaque(100)};
         for (int e = 0; e < sizes[p]; ++e)
             playlist.entries.append(PlaylistEntry{.trackId = quint32(random.bounded(1, shape.tracks + 1))});

@@ -13,11 +13,6 @@ BinaryReader::BinaryReader(QByteArray data, qsizetype offset) : m_data(std::move
     seek(offset);
 }
 
-void BinaryReader::seek(qsizetype position)
-{
-    m_offset = std::clamp<qsizetype>(position, 0, m_data.size());
-}
-
 void BinaryReader::skip(qsizetype count)
 {
     // The cursor is within [0, size], so only a huge positive count can overflow.
@@ -25,40 +20,6 @@ void BinaryReader::skip(qsizetype count)
         m_offset = m_data.size();
     else
         seek(m_offset + count);
-}
-
-bool BinaryReader::fits(qsizetype width) const
-{
-    return width >= 0 && width <= m_data.size() - m_offset;
-}
-
-template <typename T> std::optional<T> BinaryReader::readLittleEndian()
-{
-    if (!fits(sizeof(T)))
-        return std::nullopt;
-    const T value = qFromLittleEndian<T>(m_data.constData() + m_offset);
-    m_offset += qsizetype(sizeof(T));
-    return value;
-}
-
-std::optional<quint8> BinaryReader::readUInt8()
-{
-    return readLittleEndian<quint8>();
-}
-
-std::optional<quint16> BinaryReader::readUInt16LE()
-{
-    return readLittleEndian<quint16>();
-}
-
-std::optional<quint32> BinaryReader::readUInt32LE()
-{
-    return readLittleEndian<quint32>();
-}
-
-std::optional<quint64> BinaryReader::readUInt64LE()
-{
-    return readLittleEndian<quint64>();
 }
 
 std::optional<QString> BinaryReader::readFourCC()
@@ -78,15 +39,6 @@ BinaryReader::TagMatch BinaryReader::readFourCC(QLatin1StringView expected)
         return TagMatch::matches;
     const bool ascii = std::all_of(bytes->cbegin(), bytes->cend(), [](char c) { return uchar(c) < 0x80; });
     return ascii ? TagMatch::differs : TagMatch::unreadable;
-}
-
-std::optional<QByteArrayView> BinaryReader::readView(qsizetype length)
-{
-    if (!fits(length))
-        return std::nullopt;
-    const QByteArrayView view(m_data.constData() + m_offset, length);
-    m_offset += length;
-    return view;
 }
 
 std::optional<QByteArray> BinaryReader::readData(qsizetype length)

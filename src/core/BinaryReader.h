@@ -5,6 +5,9 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
+#include <QtEndian>
+
+#include <algorithm>
 
 #include <optional>
 
@@ -24,13 +27,14 @@ public:
     [[nodiscard]] bool isEOF() const { return m_offset >= m_data.size(); }
 
     // Both clamp the cursor to [0, size].
-    void seek(qsizetype position);
+    void seek(qsizetype position) { m_offset = std::clamp<qsizetype>(position, 0, m_data.size()); }
     void skip(qsizetype count);
 
-    std::optional<quint8> readUInt8();
-    std::optional<quint16> readUInt16LE();
-    std::optional<quint32> readUInt32LE();
-    std::optional<quint64> readUInt64LE();
+    // The fixed-width reads are defined here so that the parser's loops inline them.
+    std::optional<quint8> readUInt8() { return readLittleEndian<quint8>(); }
+    std::optional<quint16> readUInt16LE() { return readLittleEndian<quint16>(); }
+    std::optional<quint32> readUInt32LE() { return readLittleEndian<quint32>(); }
+    std::optional<quint64> readUInt64LE() { return readLittleEndian<quint64>(); }
     // Four bytes as ASCII. Consumes them even when they are not ASCII.
     std::optional<QString> readFourCC();
     // Reads four bytes as readFourCC does and compares them with an ASCII tag without making a string.
@@ -39,15 +43,29 @@ public:
     // Copies the bytes. A negative length or one that does not fit gives no value.
     std::optional<QByteArray> readData(qsizetype length);
     // Like readData, without the copy: the view lives as long as the reader's buffer.
-    std::optional<QByteArrayView> readView(qsizetype length);
+    std::optional<QByteArrayView> readView(qsizetype length)
+    {
+        if (!fits(length))
+            return std::nullopt;
+        const QByteArrayView view(m_data.constData() + m_offset, length);
+        m_offset += length;
+        return view;
+    }
     // Decodes the bytes and strips NULs from both ends. Undecodable bytes stay consumed.
     std::optional<QString> readString(qsizetype length, TextEncoding encoding);
     // A new, independent reader over a copy of the next bytes.
     std::optional<BinaryReader> readSubReader(qsizetype length);
 
 private:
-    [[nodiscard]] bool fits(qsizetype width) const;
-    template <typename T> std::optional<T> readLittleEndian();
+    [[nodiscard]] bool fits(qsizetype width) const { return width >= 0 && width <= m_data.size() - m_offset; }
+    template <typename T> std::optional<T> readLittleEndian()
+    {
+        if (!fits(sizeof(T)))
+            return std::nullopt;
+        const T value = qFromLittleEndian<T>(m_data.constData() + m_offset);
+        m_offset += qsizetype(sizeof(T));
+        return value;
+    }
 
     QByteArray m_data;
     qsizetype m_offset = 0;

@@ -189,6 +189,8 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
 {
     QList<Track> tracks;
     const std::optional<quint32> count = openList(reader, QLatin1StringView("mhlt"), budget);
+    if (count) // every item needs at least 20 bytes, whatever the count claims
+        tracks.reserve(std::min<qsizetype>(*count, reader.remainingBytes() / 20));
     for (quint32 index = 0; count && index < *count && budget.spendIteration(); ++index) {
         ItemHead item;
         const ItemStep step = nextItem(reader, QLatin1StringView("mhit"), sectionEnd, 20, budget, item);

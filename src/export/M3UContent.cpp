@@ -2,6 +2,9 @@
 
 #include "core/TextTrim.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace kestrune {
 
 namespace {
@@ -32,26 +35,61 @@ QString m3uPathLine(const Track &track, const QString &customPathPrefix)
     return prefix + u'/' + withoutSurroundingSlashes(devicePath);
 }
 
+namespace {
+
+// Appends the device path with the prefix rule, straight into `text`. A large export writes hundreds of
+// thousands of these lines, so no line is built as a string of its own.
+void appendPathLine(QString &text, const Track &track, const QString &customPathPrefix)
+{
+    if (!customPathPrefix.isEmpty()) {
+        text += m3uPathLine(track, customPathPrefix);
+        return;
+    }
+    if (!track.ipodPath.startsWith(u':'))
+        text += u'/';
+    const qsizetype start = text.size();
+    text += track.ipodPath;
+    std::replace(text.begin() + start, text.end(), QChar(u':'), QChar(u'/'));
+}
+
+void appendInfoLine(QString &text, const Track &track)
+{
+    text += QLatin1StringView("#EXTINF:");
+    char digits[16];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, track.totalTimeMs / 1000);
+    Q_UNUSED(error);
+    text += QLatin1StringView(digits, end - digits);
+    text += u',';
+    const QString artist = trimmedWhitespaceAndNewlines(track.artist);
+    if (!artist.isEmpty() && artist != QLatin1StringView("Unknown Artist")) {
+        text += artist;
+        text += QLatin1StringView(" - ");
+    }
+    text += track.displayTitle();
+}
+
+} // namespace
+
 QString m3uInfoLine(const Track &track)
 {
-    const QString seconds = QString::number(track.totalTimeMs / 1000);
-    const QString artist = trimmedWhitespaceAndNewlines(track.artist);
-    const QString title = track.displayTitle();
-    if (!artist.isEmpty() && artist != QLatin1StringView("Unknown Artist"))
-        return QStringLiteral("#EXTINF:") + seconds + u',' + artist + QStringLiteral(" - ") + title;
-    return QStringLiteral("#EXTINF:") + seconds + u',' + title;
+    QString line;
+    appendInfoLine(line, track);
+    return line;
 }
 
 QString m3uContent(const Playlist &playlist, const ConversionOptions &options)
 {
     QString text;
-    text.reserve(32 + playlist.tracks.size() * (options.extendedM3U ? 120 : 50));
+    text.reserve(16 + playlist.tracks.size() * (options.extendedM3U ? 110 : 45));
     if (options.extendedM3U)
-        text += QStringLiteral("#EXTM3U\n");
+        text += QLatin1StringView("#EXTM3U\n");
     for (const Track &track : playlist.tracks) {
-        if (options.extendedM3U)
-            text += m3uInfoLine(track) + u'\n';
-        text += m3uPathLine(track, options.customPathPrefix) + u'\n';
+        if (options.extendedM3U) {
+            appendInfoLine(text, track);
+            text += u'\n';
+        }
+        appendPathLine(text, track, options.customPathPrefix);
+        text += u'\n';
     }
     // An empty list of lines still ends with one line feed.
     if (text.isEmpty())
