@@ -48,7 +48,7 @@ int main(int argc, char *argv[])
     const QString command = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (command == QLatin1StringView("--help") || command == QLatin1StringView("-h") ||
         command == QLatin1StringView("help")) {
-        output.out() << usage;
+        output.out() << "kestrune-cli " << KESTRUNE_VERSION << "\n\n" << usage;
         return exitSuccess;
     }
     if (command == QLatin1StringView("--version")) {
