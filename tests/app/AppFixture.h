@@ -2,6 +2,7 @@
 
 #include "app/AppViewModel.h"
 #include "support/ITunesDBBuilder.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -29,15 +30,6 @@ public:
     void reveal(const QUrl &fileURL) override { revealed.append(fileURL); }
     QList<QUrl> revealed;
 };
-
-inline void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write %s", qPrintable(path));
-    file.write(bytes);
-}
 
 // Three playlists after the master: "Road Trip", smart "Chill" and "Empty".
 inline QByteArray sampleDatabase()

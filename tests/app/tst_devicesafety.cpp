@@ -1,8 +1,7 @@
 #include "AppFixture.h"
 #include "core/FileSystemError.h"
+#include "support/TestFiles.h"
 
-#include <QCryptographicHash>
-#include <QDirIterator>
 #include <QProcess>
 
 using namespace kestrune;
@@ -42,29 +41,6 @@ struct TinyVolume {
     if (!(volume).mounted)                                                                                             \
     QSKIP("needs Linux and the right to mount a tmpfs (root); this machine refused")
 
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Every path below a folder with a digest of what it holds; links are recorded, not followed.
-QMap<QString, QByteArray> snapshot(const QString &root)
-{
-    QMap<QString, QByteArray> entries;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QFileInfo info = it.fileInfo();
-        entries.insert(QDir(root).relativeFilePath(path),
-                       info.isSymLink() ? "link:" + info.symLinkTarget().toUtf8()
-                       : info.isDir()   ? QByteArray("dir")
-                                        : QCryptographicHash::hash(read(path), QCryptographicHash::Sha1));
-    }
-    return entries;
-}
-
 Playlist bigPlaylist(const QString &name, int tracks)
 {
     Playlist playlist{.id = name, .name = name};
@@ -97,13 +73,13 @@ void TestDeviceSafety::fullDeviceKeepsTheOldFile()
     REQUIRE_MOUNT(volume);
     const QString folder = volume.path + "/Playlists";
     writeFile(folder + "/Big.m3u8", "#EXTM3U\nthe old playlist\n");
-    const QByteArray before = read(folder + "/Big.m3u8");
+    const QByteArray before = readFile(folder + "/Big.m3u8");
 
     const ExportItemResult result =
         RockboxGenerator().exportPlaylist(bigPlaylist("Big", 3000), QUrl::fromLocalFile(folder), {});
     QVERIFY(!result.isSuccess);
     QVERIFY2(!result.errorMessage.value_or(QString()).isEmpty(), "the system's reason is reported");
-    QCOMPARE(read(folder + "/Big.m3u8"), before);
+    QCOMPARE(readFile(folder + "/Big.m3u8"), before);
     QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Big.m3u8"});
 }
 
@@ -116,7 +92,7 @@ void TestDeviceSafety::readOnlyDeviceChangesNothing()
     writeFile(folder + "/Rock.m3u8", "old");
     writeFile(folder + "/._Rock.m3u8", "junk");
     QVERIFY(volume.remount("ro"));
-    const QMap<QString, QByteArray> before = snapshot(volume.path);
+    const QMap<QString, QByteArray> before = snapshotTree(volume.path);
 
     const RockboxGenerator generator;
     for (const QString &name : {QStringLiteral("Rock"), QStringLiteral("New")}) {
@@ -127,7 +103,7 @@ void TestDeviceSafety::readOnlyDeviceChangesNothing()
     }
     QCOMPARE(generator.cleanDotFiles(QUrl::fromLocalFile(folder)), 0);
     QVERIFY_THROWS_EXCEPTION(FileSystemError, generator.deleteItem(QUrl::fromLocalFile(folder + "/Rock.m3u8")));
-    QCOMPARE(snapshot(volume.path), before);
+    QCOMPARE(snapshotTree(volume.path), before);
 }
 
 void TestDeviceSafety::deviceRemovedDuringRun()
@@ -203,7 +179,7 @@ void TestDeviceSafety::fullCycleChangesOnlyExpectedPaths()
     writeFile(outside.filePath("._precious"), "not ours");
     QVERIFY(QFile::link(outside.path(), root + "/Playlists/linked"));
 #endif
-    const QMap<QString, QByteArray> before = snapshot(root);
+    const QMap<QString, QByteArray> before = snapshotTree(root);
 
     AppViewModel &model = fixture.startLoaded();
     model.convertSelectedPlaylists();
@@ -219,14 +195,14 @@ void TestDeviceSafety::fullCycleChangesOnlyExpectedPaths()
     QMap<QString, QByteArray> expected = before;
     expected.remove("Playlists/Old.m3u8");  // staged and applied
     expected.remove("Playlists/._Old.m3u8"); // a dot file of the playlists folder
-    const QMap<QString, QByteArray> after = snapshot(root);
+    const QMap<QString, QByteArray> after = snapshotTree(root);
     for (const char *written : {"Playlists/Road Trip.m3u8", "Playlists/Chill.m3u8", "Playlists/Empty.m3u8"}) {
         QVERIFY2(after.contains(written), qPrintable(written));
         expected.insert(written, after.value(written));
     }
     QCOMPARE(after, expected);
 #ifndef Q_OS_WIN
-    QCOMPARE(read(outside.filePath("._precious")), QByteArray("not ours"));
+    QCOMPARE(readFile(outside.filePath("._precious")), QByteArray("not ours"));
 #endif
 }
 

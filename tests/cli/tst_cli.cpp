@@ -1,4 +1,5 @@
 #include "support/ITunesDBBuilder.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -29,21 +30,6 @@ Run cli(const QStringList &arguments)
     return Run{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-void write(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write %s", qPrintable(path));
-    file.write(bytes);
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // An iPod tree: master, "Rock: Live" (matches an existing file), a smart "Chill", and a bad "a/b".
 struct IPod {
     QTemporaryDir dir;
@@ -62,10 +48,10 @@ struct IPod {
                                   .addPlaylist(PlaylistItem::of("Rock: Live", {1, 2}, 42))
                                   .addPlaylist(chill)
                                   .build();
-        write(path("iPod_Control/iTunes/iTunesDB"), db);
-        write(path("Playlists/rock_ live.m3u"), "old\n");
-        write(path("Playlists/._rock_ live.m3u"), "junk");
-        write(path("Playlists/.DS_Store"), "junk");
+        writeFile(path("iPod_Control/iTunes/iTunesDB"), db);
+        writeFile(path("Playlists/rock_ live.m3u"), "old\n");
+        writeFile(path("Playlists/._rock_ live.m3u"), "junk");
+        writeFile(path("Playlists/.DS_Store"), "junk");
     }
 
     [[nodiscard]] QString root() const { return dir.path(); }
@@ -158,10 +144,10 @@ void TestCli::convertWritesFilesAndCleans()
     QVERIFY(rock["errorMessage"].isNull());
     QCOMPARE(results[1].toObject()["playlistName"].toString(), "Chill");
 
-    QCOMPARE(read(ipod.path("Playlists/Rock_ Live.m3u8")),
+    QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")),
              QByteArray("#EXTM3U\n#EXTINF:61,Band - Song One\n/iPod_Control/Music/F00/A.mp3\n"
                         "#EXTINF:1,Song Two\n/iPod_Control/Music/F01/B.mp3\n"));
-    QCOMPARE(read(ipod.path("Playlists/rock_ live.m3u")), QByteArray("old\n"));
+    QCOMPARE(readFile(ipod.path("Playlists/rock_ live.m3u")), QByteArray("old\n"));
     QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
              (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
 
@@ -178,7 +164,7 @@ void TestCli::convertOptionsShapeTheFiles()
     const Run run = cli({"convert", ipod.root(), "--dest", dest.path(), "--playlist", "Chill", "--m3u", "--no-extinf",
                          "--prefix", "/mnt/ipod/"});
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(read(dest.filePath("Chill.m3u")),
+    QCOMPARE(readFile(dest.filePath("Chill.m3u")),
              QByteArray("/mnt/ipod/iPod_Control/Music/F02/C.mp3\n/mnt/ipod/iPod_Control/Music/F00/A.mp3\n"));
     QVERIFY(!QFileInfo::exists(ipod.path("Playlists/Chill.m3u8")));
 }
@@ -222,7 +208,7 @@ void TestCli::convertChoosesPlaylists()
 void TestCli::convertReportsFailedPlaylists()
 {
     QTemporaryDir dir;
-    write(dir.filePath("iTunesDB"), ITunesDBBuilder()
+    writeFile(dir.filePath("iTunesDB"), ITunesDBBuilder()
                                         .addPlaylist(PlaylistItem::of("Good", {}))
                                         .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
                                         .addPlaylist(PlaylistItem::of("../Escape", {}))
@@ -306,8 +292,8 @@ void TestCli::errors()
     QFETCH(QStringList, arguments);
     QFETCH(QByteArray, message);
     IPod ipod;
-    write(ipod.path("broken.db"), QByteArray(64, 'x'));
-    write(ipod.path("tiny.db"), "mhbd");
+    writeFile(ipod.path("broken.db"), QByteArray(64, 'x'));
+    writeFile(ipod.path("tiny.db"), "mhbd");
     QFile::copy(ipod.path("iPod_Control/iTunes/iTunesDB"), ipod.path("library.db"));
     arguments.replaceInStrings("@root", ipod.root());
     const Run run = cli(arguments);

@@ -1,4 +1,5 @@
 #include "core/ITunesDBParser.h"
+#include "support/TestFiles.h"
 #include "core/ParseError.h"
 
 #include <QElapsedTimer>
@@ -7,16 +8,9 @@
 #include <QTest>
 
 using namespace kestrune;
+using kestrune::testing::fixtureDatabase;
 
 namespace {
-
-QByteArray fixture(const char *name)
-{
-    QFile file(QStringLiteral(KESTRUNE_TEST_DATA_DIR "/itunesdb/") + QLatin1StringView(name));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing fixture %s", name);
-    return file.readAll();
-}
 
 // Parses damaged copies of a real database and keeps score across all of them.
 class Sweep {
@@ -77,10 +71,10 @@ void TestDamageSweep::truncations()
     Sweep sweep;
     QElapsedTimer timer;
     timer.start();
-    const QByteArray small = fixture("podcasts-23-tracks.iTunesDB");
+    const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
     for (qsizetype cut = 0; cut <= qMin<qsizetype>(small.size(), 64 * 1024); ++cut)
         QVERIFY2(sweep.parse(small.left(cut)), qPrintable(sweep.failure));
-    const QByteArray large = fixture("library-5375-tracks.iTunesDB");
+    const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
     for (qsizetype cut = 64 * 1024; cut <= large.size(); cut += 16411)
         QVERIFY2(sweep.parse(large.left(cut)), qPrintable(sweep.failure));
     const qint64 elapsed = timer.elapsed();
@@ -94,13 +88,13 @@ void TestDamageSweep::flippedBytes()
     QElapsedTimer timer;
     timer.start();
     QRandomGenerator random(20261121); // the same positions on every run
-    const QByteArray small = fixture("podcasts-23-tracks.iTunesDB");
+    const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
     for (qsizetype at = 0; at < small.size(); at += 5) {
         QByteArray damaged = small;
         damaged[at] = char(damaged[at] ^ char(1 + random.bounded(255)));
         QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
     }
-    const QByteArray large = fixture("library-5375-tracks.iTunesDB");
+    const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
     for (int i = 0; i < 100; ++i) {
         QByteArray damaged = large;
         for (int flips = 0; flips < 8; ++flips) {

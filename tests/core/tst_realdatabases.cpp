@@ -1,19 +1,13 @@
 #include "core/ITunesDBParser.h"
+#include "support/TestFiles.h"
 
 #include <QFile>
 #include <QTest>
 
 using namespace kestrune;
+using kestrune::testing::fixtureDatabase;
 
 namespace {
-
-QByteArray fixture(const char *name)
-{
-    QFile file(QStringLiteral(KESTRUNE_TEST_DATA_DIR "/itunesdb/") + QLatin1StringView(name));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing fixture %s", name);
-    return file.readAll();
-}
 
 } // namespace
 
@@ -29,7 +23,7 @@ private Q_SLOTS:
 void TestRealDatabases::oldFormatLibrary()
 {
     ParseWork work;
-    const ParseResult result = ITunesDBParser().parse(fixture("library-5375-tracks.iTunesDB"), &work);
+    const ParseResult result = ITunesDBParser().parse(fixtureDatabase("library-5375-tracks.iTunesDB"), &work);
     QVERIFY(!work.capped);
     QCOMPARE(result.tracks.size(), 5375);
     QCOMPARE(result.trackOrder.size(), 5375);
@@ -52,7 +46,7 @@ void TestRealDatabases::oldFormatLibrary()
 void TestRealDatabases::podcastDatabase()
 {
     ParseWork work;
-    const ParseResult result = ITunesDBParser().parse(fixture("podcasts-23-tracks.iTunesDB"), &work);
+    const ParseResult result = ITunesDBParser().parse(fixtureDatabase("podcasts-23-tracks.iTunesDB"), &work);
     QVERIFY(!work.capped);
     QCOMPARE(result.tracks.size(), 23);
     QCOMPARE(result.playlists.size(), 2);

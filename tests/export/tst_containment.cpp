@@ -1,45 +1,14 @@
 #include "export/RockboxGenerator.h"
+#include "support/TestFiles.h"
 
-#include <QCryptographicHash>
-#include <QDirIterator>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace kestrune;
+using namespace kestrune::testing;
 
 namespace {
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write %s", qPrintable(path));
-    file.write(bytes);
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Every path below a folder with a digest of its content (or its link target), links not followed.
-QMap<QString, QByteArray> snapshot(const QString &root)
-{
-    QMap<QString, QByteArray> entries;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QFileInfo info = it.fileInfo();
-        entries.insert(path, info.isSymLink() ? info.symLinkTarget().toUtf8()
-                             : info.isDir()   ? QByteArray("dir")
-                                              : QCryptographicHash::hash(read(path), QCryptographicHash::Sha1));
-    }
-    return entries;
-}
 
 Playlist playlistNamed(const QString &name)
 {
@@ -67,7 +36,7 @@ void TestContainment::linkedPlaylistFileIsReplacedNotWrittenThrough()
 #endif
     QTemporaryDir outside;
     const QString victim = outside.filePath("victim.txt");
-    write(victim, "not ours");
+    writeFile(victim, "not ours");
     QTemporaryDir device;
     const QString folder = device.filePath("Playlists");
     QDir().mkpath(folder);
@@ -76,9 +45,9 @@ void TestContainment::linkedPlaylistFileIsReplacedNotWrittenThrough()
     const ExportItemResult result =
         RockboxGenerator().exportPlaylist(playlistNamed("Rock"), QUrl::fromLocalFile(folder), {});
     QVERIFY(result.isSuccess);
-    QCOMPARE(read(victim), QByteArray("not ours"));
+    QCOMPARE(readFile(victim), QByteArray("not ours"));
     QVERIFY(!QFileInfo(folder + "/Rock.m3u8").isSymLink());
-    QVERIFY(read(folder + "/Rock.m3u8").startsWith("#EXTM3U\n"));
+    QVERIFY(readFile(folder + "/Rock.m3u8").startsWith("#EXTM3U\n"));
     QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Rock.m3u8"});
 }
 
@@ -110,10 +79,10 @@ void TestContainment::randomNamesStayInside()
     QFETCH(bool, sanitize);
     QTemporaryDir root;
     const QString folder = root.filePath("device/Playlists");
-    write(root.filePath("device/iPod_Control/Music/F00/A.mp3"), "music");
-    write(root.filePath("beside.txt"), "neighbour");
+    writeFile(root.filePath("device/iPod_Control/Music/F00/A.mp3"), "music");
+    writeFile(root.filePath("beside.txt"), "neighbour");
     QDir().mkpath(folder + "/sub");
-    const QMap<QString, QByteArray> before = snapshot(root.path());
+    const QMap<QString, QByteArray> before = snapshotTree(root.path());
 
     const QStringList pieces{"..", ".", "/", "\\", "sub", ":", "*", "?", " ", "Rock", "é", "C:", "~", "\n", ""};
     QRandomGenerator random(42);
@@ -130,12 +99,12 @@ void TestContainment::randomNamesStayInside()
         }
     }
     // Outside the playlists folder nothing changed.
-    QMap<QString, QByteArray> after = snapshot(root.path());
+    QMap<QString, QByteArray> after = snapshotTree(root.path());
     for (auto it = after.begin(); it != after.end();) {
-        it = it.key().startsWith(folder + '/') ? after.erase(it) : std::next(it);
+        it = it.key().startsWith("device/Playlists/") ? after.erase(it) : std::next(it);
     }
     QMap<QString, QByteArray> expected = before;
-    expected.remove(folder + "/sub");
+    expected.remove("device/Playlists/sub");
     QCOMPARE(after, expected);
 }
 
