@@ -14,7 +14,6 @@ struct AppViewModel::LoadOutcome {
     ParseResult library;
     QList<ExistingRockboxFile> existingFiles;
     QList<RockboxFileItem> fileItems;
-    PlaylistSearchIndex searchIndex;
 };
 
 AppViewModel::AppViewModel(Services services, QObject *parent)
@@ -249,7 +248,6 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
             outcome.existingFiles = generator.scanExistingPlaylists(folder);
             outcome.fileItems = generator.listPlaylists(folder);
             attachExistingFiles(outcome.library.playlists, outcome.existingFiles);
-            outcome.searchIndex = PlaylistSearchIndex(outcome.library.playlists);
             return outcome;
         },
         [this](LoadOutcome outcome) { applyLoad(std::move(outcome)); });
@@ -263,7 +261,6 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         return;
     }
     setTracks(std::move(outcome.library.tracks));
-    m_searchIndex = std::move(outcome.searchIndex);
     setPlaylists(std::move(outcome.library.playlists));
     setExistingRockboxFiles(std::move(outcome.existingFiles));
     setCurrentDirectoryItems(std::move(outcome.fileItems));
@@ -284,6 +281,24 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
     else
         setActiveDetailPlaylist(m_playlists.isEmpty() ? std::nullopt : std::optional(m_playlists.first()));
     setIsLoading(false);
+    buildSearchIndex();
+}
+
+void AppViewModel::buildSearchIndex()
+{
+    // After the lists are shown: until the index arrives, a search goes through the plain filter, which
+    // gives the same answers more slowly.
+    runInBackground(
+        this, [playlists = m_playlists] { return PlaylistSearchIndex(playlists); },
+        [this](PlaylistSearchIndex index) {
+            if (!index.describes(m_playlists)) {
+                releaseInBackground(std::move(index)); // a newer library came in meanwhile
+                return;
+            }
+            m_searchIndex = std::move(index);
+            if (!m_searchText.isEmpty())
+                refilterPlaylists();
+        });
 }
 
 void AppViewModel::clear()
@@ -327,7 +342,8 @@ void AppViewModel::refilterPlaylists()
     rows.reserve(m_filteredPlaylists.size());
     qsizetype position = 0; // the filtered playlists keep database order
     for (const Playlist &playlist : std::as_const(m_filteredPlaylists)) {
-        PlaylistRow row = PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId);
+        PlaylistRow row =
+            PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId);
         if (indexed) {
             while (m_playlists.at(position).id != playlist.id)
                 ++position;

@@ -284,6 +284,7 @@ private:
 
     void followSelectedDevice();
     void applyLoad(LoadOutcome outcome);
+    void buildSearchIndex();
     void applyFolderListing(FolderListing listing);
     void finishConversion(QList<ExportItemResult> results);
     void refilterPlaylists();

@@ -38,6 +38,7 @@ void AppViewModel::convertSelectedPlaylists()
                     static_cast<AppViewModel *>(self.data())->setConversionProgress(progress);
                 });
             }
+            generator.flushToDisk(folder);
             if (options.cleanDotFiles)
                 generator.cleanDotFiles(folder);
             return results;

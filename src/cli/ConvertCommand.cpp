@@ -93,6 +93,7 @@ QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGe
         }
         results.append(generator.exportPlaylist(playlist, folder, request.options));
     }
+    generator.flushToDisk(folder);
     if (showProgress) {
         output.err() << "\r\x1b[K";
         output.err().flush();

@@ -5,9 +5,13 @@
 #include <QSaveFile>
 #include <QTemporaryFile>
 
+#include <cerrno>
 #include <cstdio>
 
-#include <cerrno>
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace kestrune {
 
@@ -23,43 +27,54 @@ std::optional<QString> createFolder(const QString &path)
         .arg(QFileInfo(path).fileName(), error ? qt_error_string(error) : QStringLiteral("unknown error"));
 }
 
-namespace {
+#ifdef Q_OS_UNIX
 
-// QSaveFile writes through a symbolic link to its target. A link in the playlists folder may point
-// anywhere, so it is replaced by the new file instead, as renaming over it does.
-std::optional<QString> replaceLink(const QString &path, const QByteArray &bytes)
+// A temporary file in the target's folder, renamed over the target once every byte is written: the
+// target is replaced whole or not at all, and a link in its place is replaced, never written through.
+// Nothing is flushed to the device here; flushToDisk() does that once for a whole run.
+std::optional<QString> writeFileAtomically(const QString &path, const QByteArray &bytes)
 {
-    QTemporaryFile file(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrune-XXXXXX"));
+    const QFileInfo target(path);
+    QTemporaryFile file(target.absolutePath() + QStringLiteral("/.kestrune-XXXXXX"));
     if (!file.open())
         return file.errorString();
-    if (file.write(bytes) != bytes.size() || !file.flush())
-        return file.errorString(); // the temporary file goes with `file`
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        const QString reason = file.errorString();
+        return reason.isEmpty() ? QStringLiteral("The file couldn’t be written completely.") : reason;
+    }
+    // A temporary file is private to its owner; the playlist gets the permissions it had, or the usual.
+    const QFileDevice::Permissions usual =
+        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
+    file.setPermissions(target.exists() && !target.isSymLink() ? target.permissions() : usual);
     file.close();
     if (std::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
-        return qt_error_string(errno);
+        return qt_error_string(errno); // the temporary file goes with `file`
     file.setAutoRemove(false);
     return std::nullopt;
 }
 
-// QSaveFile words some failures itself ("Existing file ... is not writable"); a file made in the same
-// folder tells the system's reason, such as a read-only or full volume. Falls back to `fallback`.
-QString systemReasonForWriting(const QString &path, const QString &fallback)
+void flushToDisk(const QString &folder)
 {
-    QTemporaryFile probe(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrune-XXXXXX"));
-    if (probe.open())
-        return fallback;
-    return probe.errorString();
+#ifdef Q_OS_LINUX
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::syncfs(descriptor); // the volume the folder lies on, nothing else
+        ::close(descriptor);
+        return;
+    }
+#endif
+    Q_UNUSED(folder);
+    ::sync();
 }
 
-} // namespace
+#else
 
+// QSaveFile replaces the target atomically here, and flushes each file itself.
 std::optional<QString> writeFileAtomically(const QString &path, const QByteArray &bytes)
 {
-    if (QFileInfo(path).isSymLink())
-        return replaceLink(path, bytes);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return systemReasonForWriting(path, file.errorString());
+        return file.errorString();
     // A full disk can make write() or the final flush fall short while commit() would still rename the
     // short file over the old one, so every step is checked before committing.
     if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError) {
@@ -72,5 +87,9 @@ std::optional<QString> writeFileAtomically(const QString &path, const QByteArray
         return file.errorString();
     return std::nullopt;
 }
+
+void flushToDisk(const QString &) {}
+
+#endif
 
 } // namespace kestrune

@@ -118,6 +118,11 @@ ExportItemResult RockboxGenerator::exportPlaylist(const Playlist &playlist, cons
     return result;
 }
 
+void RockboxGenerator::flushToDisk(const QUrl &playlistsBaseFolder) const
+{
+    kestrune::flushToDisk(playlistsBaseFolder.toLocalFile());
+}
+
 QList<RockboxFileItem> RockboxGenerator::listPlaylists(const QUrl &playlistsBaseURL) const
 {
     return listPlaylistFiles(playlistsBaseURL.toLocalFile());

@@ -34,6 +34,9 @@ public:
     [[nodiscard]] ExportItemResult exportPlaylist(const Playlist &playlist, const QUrl &playlistsBaseFolder,
                                                   const ConversionOptions &options) const;
 
+    // Makes a run's files durable on the folder's volume; called once after the last export of a run.
+    void flushToDisk(const QUrl &playlistsBaseFolder) const;
+
     [[nodiscard]] QList<RockboxFileItem> listPlaylists(const QUrl &playlistsBaseURL) const;
     [[nodiscard]] QList<ExistingRockboxFile> scanExistingPlaylists(const QUrl &playlistsBaseURL) const;
 
