@@ -156,9 +156,11 @@ void modelFigures(const QString &library, int runs, double parseMedian)
     // (it is built just after the load, in the background).
     QThreadPool::globalInstance()->waitForDone();
     QCoreApplication::processEvents();
-    for (const auto &[label, word] :
-         {std::pair{"search keystroke, rare match", QStringLiteral("qzxv")},
-          std::pair{"search keystroke, frequent match", QStringLiteral("love")}}) {
+    for (const auto &search : {std::pair{"search keystroke, rare match", QStringLiteral("qzxv")},
+                               std::pair{"search keystroke, frequent match", QStringLiteral("love")}}) {
+        // Named here: clang 14 does not let lambdas capture structured bindings.
+        const char *label = search.first;
+        const QString &word = search.second;
         const Sample typing = measure(runs, [&] {
             QElapsedTimer clock;
             qint64 slowest = 0;
