@@ -4,6 +4,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QProcess>
+#include <QQmlComponent>
+#include <QQmlEngine>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -35,6 +37,7 @@ private Q_SLOTS:
     void languageMenuSwitchesEveryText();
     void alertAppearsAndClears();
     void optionsSheetOpensAndCloses();
+    void summarySheetShowsTheResults();
     void selfCheckExitsCleanly();
 
 private:
@@ -176,6 +179,22 @@ void TestGui::optionsSheetOpensAndCloses()
     m_ui->click(m_ui->item("saveAndExportButton"));
     QTRY_COMPARE(m_ui->model().exportResults().size(), 6);
     QVERIFY(!m_ui->model().showExportSettings());
+}
+
+void TestGui::summarySheetShowsTheResults()
+{
+    // The window does not present it; it is a finished view, loaded here over a real run's results.
+    m_ui->model().convertSelectedPlaylists();
+    QTRY_VERIFY(!m_ui->model().isConverting());
+    QQmlComponent component(qmlEngine(m_ui->window()));
+    component.setData("import Kestrune\nExportSummarySheet {}\n", QUrl("qrc:/qt/qml/KestruneSummary.qml"));
+    std::unique_ptr<QObject> sheet(component.createWithInitialProperties(
+        {{"viewModel", QVariant::fromValue(&m_ui->model())}, {"parent", QVariant::fromValue(m_ui->window()->contentItem())}}));
+    QVERIFY2(sheet, qPrintable(component.errorString()));
+    QMetaObject::invokeMethod(sheet.get(), "open");
+    m_ui->settle(300);
+    QCOMPARE(textOf(m_ui->item("summaryTitle")), "Esportazione Completata!");
+    QCOMPARE(textOf(m_ui->item("summarySubtitle")), "6 playlist salvate (1 aggiornate).");
 }
 
 void TestGui::selfCheckExitsCleanly()

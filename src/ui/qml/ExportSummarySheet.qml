@@ -39,6 +39,7 @@ Popup {
             }
         }
         Text {
+            objectName: "summaryTitle"
             Layout.alignment: Qt.AlignHCenter
             text: sheet.allSucceeded ? "Esportazione Completata!" : "Esportazione Completata con Avvisi"
             color: Theme.primaryText
@@ -47,6 +48,7 @@ Popup {
             font.weight: Font.Bold
         }
         Text {
+            objectName: "summarySubtitle"
             Layout.alignment: Qt.AlignHCenter
             text: sheet.succeeded + " playlist salvate (" + sheet.updated + " aggiornate)."
             color: Theme.secondaryText
