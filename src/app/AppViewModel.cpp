@@ -50,6 +50,15 @@ template <typename T> void AppViewModel::publish(T &field, T value, void (AppVie
     Q_EMIT(this->*changed)();
 }
 
+template <typename T> void AppViewModel::setFilterField(T &field, T value, void (AppViewModel::*changed)())
+{
+    if (field == value)
+        return;
+    field = std::move(value);
+    refilterPlaylists();
+    Q_EMIT(this->*changed)();
+}
+
 void AppViewModel::setErrorMessage(std::optional<QString> message)
 {
     publish(m_errorMessage, std::move(message), &AppViewModel::errorMessageChanged);
@@ -154,29 +163,17 @@ void AppViewModel::setPendingActions(QList<PendingFileAction> actions)
 
 void AppViewModel::setSearchText(const QString &text)
 {
-    if (m_searchText == text)
-        return;
-    m_searchText = text;
-    refilterPlaylists();
-    Q_EMIT searchTextChanged();
+    setFilterField(m_searchText, QString(text), &AppViewModel::searchTextChanged);
 }
 
 void AppViewModel::setHideMasterPlaylist(bool hide)
 {
-    if (m_hideMasterPlaylist == hide)
-        return;
-    m_hideMasterPlaylist = hide;
-    refilterPlaylists();
-    Q_EMIT hideMasterPlaylistChanged();
+    setFilterField(m_hideMasterPlaylist, hide, &AppViewModel::hideMasterPlaylistChanged);
 }
 
 void AppViewModel::setOnlySmartPlaylists(bool onlySmart)
 {
-    if (m_onlySmartPlaylists == onlySmart)
-        return;
-    m_onlySmartPlaylists = onlySmart;
-    refilterPlaylists();
-    Q_EMIT onlySmartPlaylistsChanged();
+    setFilterField(m_onlySmartPlaylists, onlySmart, &AppViewModel::onlySmartPlaylistsChanged);
 }
 
 void AppViewModel::setOptions(const ConversionOptions &options)

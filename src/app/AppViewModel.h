@@ -256,6 +256,8 @@ private:
     struct FolderListing;
 
     template <typename T> void publish(T &field, T value, void (AppViewModel::*changed)());
+    // Like publish(), for the fields the filtered playlists depend on.
+    template <typename T> void setFilterField(T &field, T value, void (AppViewModel::*changed)());
     template <typename T> void setOption(T ConversionOptions::*field, T value)
     {
         ConversionOptions changed = m_options;
