@@ -112,17 +112,12 @@ void AppViewModel::deselectAllPlaylists()
 
 bool AppViewModel::isAllPlaylistFilesSelected() const
 {
-    return !m_currentDirectoryItems.isEmpty() &&
-           std::all_of(
-               m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
-               [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); });
+    return !m_currentDirectoryItems.isEmpty() && selectedFileCount() == m_currentDirectoryItems.size();
 }
 
 bool AppViewModel::isPartiallyPlaylistFilesSelected() const
 {
-    const auto selected = std::count_if(
-        m_currentDirectoryItems.cbegin(), m_currentDirectoryItems.cend(),
-        [this](const RockboxFileItem &item) { return m_selectedFileItemIds.contains(item.id()); });
+    const int selected = selectedFileCount(); // ids of files no longer listed do not count
     return selected > 0 && selected < m_currentDirectoryItems.size();
 }
 

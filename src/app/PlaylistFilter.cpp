@@ -2,11 +2,14 @@
 
 namespace kestrune {
 
+bool PlaylistFilter::passesListFilters(const Playlist &playlist) const
+{
+    return !(hideMasterPlaylist && playlist.isMaster) && !(onlySmartPlaylists && !playlist.isSmart);
+}
+
 bool PlaylistFilter::accepts(const Playlist &playlist) const
 {
-    if (hideMasterPlaylist && playlist.isMaster)
-        return false;
-    if (onlySmartPlaylists && !playlist.isSmart)
+    if (!passesListFilters(playlist))
         return false;
     if (searchText.isEmpty() || playlist.name.contains(searchText, Qt::CaseInsensitive))
         return true;
@@ -31,10 +34,8 @@ QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists,
     QList<Playlist> kept;
     for (qsizetype i = 0; i < playlists.size(); ++i) {
         const Playlist &playlist = playlists.at(i);
-        if ((hideMasterPlaylist && playlist.isMaster) || (onlySmartPlaylists && !playlist.isSmart) ||
-            !searched[size_t(i)])
-            continue;
-        kept.append(playlist);
+        if (searched[size_t(i)] && passesListFilters(playlist))
+            kept.append(playlist);
     }
     return kept;
 }

@@ -17,6 +17,8 @@ struct PlaylistFilter {
     // Kept: not a hidden master, smart when only smart ones are wanted, and, with a search text, a name or a
     // resolved track's title or artist containing it, case-blind.
     [[nodiscard]] bool accepts(const Playlist &playlist) const;
+    // The master and smart-only conditions alone, which both ways of searching share.
+    [[nodiscard]] bool passesListFilters(const Playlist &playlist) const;
     [[nodiscard]] QList<Playlist> apply(const QList<Playlist> &playlists) const;
     // The same answer through an index built for these playlists, much faster on large libraries.
     [[nodiscard]] QList<Playlist> apply(const QList<Playlist> &playlists,

@@ -29,9 +29,7 @@ public:
     bool spendChunk();
     bool spendDecodedBytes(qsizetype count);
 
-    [[nodiscard]] bool isExhausted() const { return m_exhausted; }
     [[nodiscard]] const ParseWork &spent() const { return m_spent; }
-    [[nodiscard]] const ParseWork &limits() const { return m_limits; }
 
 private:
     bool spend(qint64 &counter, qint64 limit, qint64 amount);

@@ -1,21 +1,14 @@
 #pragma once
 
-#include "app/AppViewModel.h"
 #include "localization/InterfaceTexts.h"
+#include "localization/LocalizationManager.h"
 
 #include <QObject>
 #include <QtQml/qqml.h>
 
-// What the views know of the C++ side. The logic layers stay unaware of QML; these declarations register
-// their types with the Kestrune module.
+// The C++ singletons the views use. The logic layers stay unaware of QML; these wrappers register them
+// with the Kestrune module.
 namespace kestrune {
-
-struct AppViewModelForeign {
-    Q_GADGET
-    QML_FOREIGN(kestrune::AppViewModel)
-    QML_NAMED_ELEMENT(AppViewModel)
-    QML_UNCREATABLE("The window's model is made by the application.")
-};
 
 // The interface texts of the shared language, as a singleton the views bind to.
 class Texts : public InterfaceTexts {
@@ -27,16 +20,14 @@ public:
     Texts() : InterfaceTexts(LocalizationManager::shared()) {}
 };
 
-// Facts about this build for the views.
+// Facts about this build for the views: the home page the footer links to.
 class AppInfo : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    Q_PROPERTY(QString version READ version CONSTANT)
     Q_PROPERTY(QUrl homePage READ homePage CONSTANT)
 
 public:
-    [[nodiscard]] static QString version() { return QStringLiteral(KESTRUNE_VERSION); }
     [[nodiscard]] static QUrl homePage() { return QUrl(QStringLiteral(KESTRUNE_HOMEPAGE)); }
 };
 
