@@ -1,6 +1,6 @@
 #include "LibraryGenerator.h"
 
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QRandomGenerator>
 
@@ -10,11 +10,11 @@ namespace kestrune::bench {
 
 namespace {
 
-using testing::ITunesDBBuilder;
-using testing::PlaylistEntry;
-using testing::PlaylistItem;
-using testing::StringObject;
-using testing::TrackItem;
+using dbwriter::ITunesDBWriter;
+using dbwriter::PlaylistEntry;
+using dbwriter::PlaylistItem;
+using dbwriter::StringObject;
+using dbwriter::TrackItem;
 
 const QStringList words{"love",   "night",   "river",   "golden", "heart", "city",   "dream",
                         "fire",   "blue",    "summer",  "light",  "road",  "echo",   "wild",
@@ -71,7 +71,7 @@ QList<int> playlistSizes(const LibraryShape &shape)
 QByteArray generateLibrary(const LibraryShape &shape)
 {
     QRandomGenerator random(shape.seed);
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     PlaylistItem master{.name = QStringLiteral("iPod"), .isMaster = true, .dbId = 1};
     for (int id = 1; id <= shape.tracks; ++id) {
         builder.addTrack(track(random, quint32(id)));

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppViewModel.h"
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -11,6 +11,7 @@
 #include <QThreadPool>
 
 namespace kestrune::testing {
+using namespace kestrune::dbwriter;
 
 // Answers folder pickers with whatever the test queued, and remembers what was asked.
 class ScriptedFolderPicker : public FolderPicker {
@@ -38,7 +39,7 @@ inline QByteArray sampleDatabase()
     master.entries = {{1}, {2}, {3}};
     PlaylistItem chill = PlaylistItem::of(QStringLiteral("Chill"), {3});
     chill.extraObjects = {StringObject::opaque(51)};
-    return ITunesDBBuilder()
+    return ITunesDBWriter()
         .addTrack(TrackItem::song(1, QStringLiteral("Northbound"), QStringLiteral("The Beatles"), QStringLiteral(":iPod_Control:Music:F00:A.mp3")))
         .addTrack(TrackItem::song(2, QStringLiteral("Desert Lights"), QStringLiteral("Lanterns"), QStringLiteral(":iPod_Control:Music:F01:B.mp3")))
         .addTrack(TrackItem::song(3, QStringLiteral("Slow Rain"), QStringLiteral("Marla"), QStringLiteral(":iPod_Control:Music:F02:C.mp3")))

@@ -6,6 +6,7 @@
 
 using namespace kestrune;
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
@@ -118,7 +119,7 @@ void TestDeviceSafety::deviceRemovedDuringRun()
     QVERIFY(parent.remount("ro"));
 
     AppFixture fixture;
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     QList<quint32> ids;
     for (quint32 id = 1; id <= 3000; ++id) {
         builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Artist", QStringLiteral(":iPod_Control:Music:F00:S%1.mp3").arg(id)));

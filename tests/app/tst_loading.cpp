@@ -2,6 +2,7 @@
 
 using namespace kestrune;
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 // Selecting a device loads its database; deselecting clears; failures become messages.
 class TestLoading : public QObject {
@@ -52,9 +53,9 @@ void TestLoading::loadRulesForSmallDatabases_data()
     QTest::addColumn<QByteArray>("database");
     QTest::addColumn<int>("playlists");
     QTest::addColumn<QString>("active");
-    QTest::addRow("master only") << ITunesDBBuilder().addPlaylist({.name = QString("Library"), .isMaster = true}).build()
+    QTest::addRow("master only") << ITunesDBWriter().addPlaylist({.name = QString("Library"), .isMaster = true}).build()
                                  << 1 << "Library";
-    QTest::addRow("no playlists") << ITunesDBBuilder().build() << 0 << "";
+    QTest::addRow("no playlists") << ITunesDBWriter().build() << 0 << "";
 }
 
 void TestLoading::loadRulesForSmallDatabases()

@@ -4,6 +4,7 @@
 
 using namespace kestrune;
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 

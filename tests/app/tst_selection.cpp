@@ -4,13 +4,14 @@
 
 using namespace kestrune;
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
 // Playlists A to E (A smart), after a hidden master whose track has the artist "The Beatles".
 QByteArray lettersDatabase()
 {
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     builder.addTrack(TrackItem::song(1, "Yesterday", "The Beatles", ":a.mp3"));
     builder.addTrack(TrackItem::song(2, "Beat It", "Someone", ":b.mp3"));
     TrackItem onlyAlbum = TrackItem::song(3, "Quiet", "Nobody", ":c.mp3");

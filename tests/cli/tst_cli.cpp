@@ -1,4 +1,4 @@
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -10,6 +10,7 @@
 #include <QTest>
 
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
@@ -40,7 +41,7 @@ struct IPod {
         master.entries = {{1}, {2}, {3}};
         PlaylistItem chill = PlaylistItem::of("Chill", {3, 1}, 18446744073709551615ull);
         chill.extraObjects = {StringObject::opaque(100)};
-        const QByteArray db = ITunesDBBuilder()
+        const QByteArray db = ITunesDBWriter()
                                   .addTrack(TrackItem::song(1, "Song One", "Band", ":iPod_Control:Music:F00:A.mp3", 61000))
                                   .addTrack(TrackItem::song(2, "Song Two", "", ":iPod_Control:Music:F01:B.mp3", 1500))
                                   .addTrack(TrackItem::song(3, "Drei", "Künstler", ":iPod_Control:Music:F02:C.mp3"))
@@ -208,7 +209,7 @@ void TestCli::convertChoosesPlaylists()
 void TestCli::convertReportsFailedPlaylists()
 {
     QTemporaryDir dir;
-    writeFile(dir.filePath("iTunesDB"), ITunesDBBuilder()
+    writeFile(dir.filePath("iTunesDB"), ITunesDBWriter()
                                         .addPlaylist(PlaylistItem::of("Good", {}))
                                         .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
                                         .addPlaylist(PlaylistItem::of("../Escape", {}))

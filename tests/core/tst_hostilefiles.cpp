@@ -1,12 +1,12 @@
 #include "core/ITunesDBParser.h"
-#include "support/ByteWriter.h"
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ByteWriter.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QElapsedTimer>
 #include <QTest>
 
 using namespace kestrune;
-using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
@@ -122,7 +122,7 @@ void TestHostileFiles::workIsBounded()
 
 void TestHostileFiles::wellFormedFilesStayFarBelowTheLimits()
 {
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     QList<quint32> ids;
     for (quint32 id = 1; id <= 2000; ++id) {
         builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist"),

@@ -1,17 +1,17 @@
 #include "core/FileSystemError.h"
 #include "core/ITunesDBParser.h"
 #include "core/ParseError.h"
-#include "support/ByteWriter.h"
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ByteWriter.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUuid>
 
 using namespace kestrune;
-using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
-Q_DECLARE_METATYPE(kestrune::testing::StringObject)
+Q_DECLARE_METATYPE(kestrune::dbwriter::StringObject)
 
 namespace {
 
@@ -138,7 +138,7 @@ void TestITunesDBParser::fatalErrors()
 
 void TestITunesDBParser::danglingAndRepeatedIds()
 {
-    const QByteArray db = ITunesDBBuilder()
+    const QByteArray db = ITunesDBWriter()
                               .addTrack(TrackItem::song(5001, QStringLiteral("Only"), {}, {}))
                               .addPlaylist(PlaylistItem::of(QStringLiteral("Mix"), {7, 5001, 7, 5001}))
                               .build();
@@ -264,7 +264,7 @@ void TestITunesDBParser::stringObjects()
 
 void TestITunesDBParser::laterDuplicateTrackWins()
 {
-    const QByteArray db = ITunesDBBuilder()
+    const QByteArray db = ITunesDBWriter()
                               .addTrack(TrackItem::song(1, QStringLiteral("First"), {}, {}))
                               .addTrack(TrackItem::song(2, QStringLiteral("Other"), {}, {}))
                               .addTrack(TrackItem::song(1, QStringLiteral("Second"), {}, {}))
@@ -418,7 +418,7 @@ void TestITunesDBParser::truncatedFileKeepsWhatWasRead()
 {
     QFETCH(int, bytesOfSecondItem);
     QFETCH(QList<quint32>, expected);
-    const QByteArray full = ITunesDBBuilder()
+    const QByteArray full = ITunesDBWriter()
                                 .addTrack(TrackItem::song(1, QStringLiteral("Kept"), {}, {}))
                                 .addTrack(TrackItem::song(2, QStringLiteral("Cut"), {}, {}))
                                 .addPlaylist(PlaylistItem::of(QStringLiteral("P"), {1, 2}))
@@ -443,7 +443,7 @@ void TestITunesDBParser::missingEntriesAfterShortStringList()
 
 void TestITunesDBParser::playlistIdsAreFreshPerParse()
 {
-    const QByteArray db = ITunesDBBuilder()
+    const QByteArray db = ITunesDBWriter()
                               .addPlaylist(PlaylistItem::of(QStringLiteral("A"), {}))
                               .addPlaylist(PlaylistItem::of(QStringLiteral("B"), {}))
                               .build();
@@ -468,7 +468,7 @@ void TestITunesDBParser::parseFile()
 
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(ITunesDBBuilder().addPlaylist(PlaylistItem::of(QStringLiteral("From disk"), {})).build());
+    file.write(ITunesDBWriter().addPlaylist(PlaylistItem::of(QStringLiteral("From disk"), {})).build());
     file.close();
     QCOMPARE(ITunesDBParser().parse(QUrl::fromLocalFile(path)).playlists.value(0).name,
              QStringLiteral("From disk"));

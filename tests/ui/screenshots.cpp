@@ -2,7 +2,7 @@
 // Usage: kestrune-screenshots OUTPUT_DIR
 #include "UiHarness.h"
 #include "localization/LocalizationManager.h"
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QApplication>
 #include <QDir>
@@ -12,13 +12,14 @@ Q_IMPORT_QML_PLUGIN(KestrunePlugin)
 
 using namespace kestrune;
 using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
 // Enough playlists and entries that a run lasts long enough to be caught half way.
 QByteArray largeDatabase()
 {
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     QList<quint32> ids;
     for (quint32 id = 1; id <= 3000; ++id) {
         builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist %1").arg(id % 97),

@@ -2,13 +2,13 @@
 // It shows what a conversion meets in practice: non-ASCII and unsafe playlist names, a smart playlist, an
 // empty one, an existing playlist file to update, and macOS dot files to clean.
 // Usage: kestrune-make-demo-ipod DIR
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
-using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
@@ -46,7 +46,7 @@ void writeFile(const QString &path, const QByteArray &bytes)
 
 QByteArray demoDatabase()
 {
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     PlaylistItem master{.name = QStringLiteral("Demo iPod"), .isMaster = true, .dbId = 0x1001};
     quint32 id = 101;
     for (const DemoSong &song : songs) {

@@ -1,12 +1,12 @@
 // Writes the parser fuzzer's seed corpus: small databases built in code, each exercising one shape.
 // Usage: kestrune-make-seed-corpus DIR
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
-using namespace kestrune::testing;
+using namespace kestrune::dbwriter;
 
 namespace {
 
@@ -17,9 +17,9 @@ void write(const QDir &dir, const QString &name, const QByteArray &bytes)
         qFatal("cannot write %s", qPrintable(file.fileName()));
 }
 
-ITunesDBBuilder smallLibrary()
+ITunesDBWriter smallLibrary()
 {
-    ITunesDBBuilder builder;
+    ITunesDBWriter builder;
     builder.addTrack(TrackItem::song(1, QStringLiteral("Bohemian Rhapsody"), QStringLiteral("Queen"),
                                      QStringLiteral(":iPod_Control:Music:F00:ABCD.mp3"), 354000))
         .addTrack(TrackItem::song(2, QStringLiteral("Caffè ¥ Ø €"), QStringLiteral("Artista"),
@@ -39,7 +39,7 @@ int main(int argc, char **argv)
     QDir dir(app.arguments().at(1));
     dir.mkpath(QStringLiteral("."));
 
-    write(dir, QStringLiteral("empty-database"), ITunesDBBuilder().build());
+    write(dir, QStringLiteral("empty-database"), ITunesDBWriter().build());
     write(dir, QStringLiteral("small-library"), smallLibrary().build());
     write(dir, QStringLiteral("podcast-section"), smallLibrary().withPodcastSection().build());
 
@@ -52,7 +52,7 @@ int main(int argc, char **argv)
                           StringObject{.type = 4, .text = QByteArray("Caf\x8e"), .encodingFlag = 2},
                           StringObject{.type = 3, .text = QByteArray("R\0a\0w\0", 6), .rawForm = true},
                           StringObject{.type = 5, .text = QByteArray("\xff\xfeT\0\0\0", 6), .storedLength = 0}};
-    write(dir, QStringLiteral("odd-strings"), ITunesDBBuilder().addTrack(oddStrings).build());
+    write(dir, QStringLiteral("odd-strings"), ITunesDBWriter().addTrack(oddStrings).build());
 
     PlaylistItem fallbacks{.isMaster = true, .headerLength = 20};
     fallbacks.entries = {PlaylistEntry{.trackId = 1, .idOffset = 20}, PlaylistEntry{.trackId = 1, .idOffset = 16},
@@ -61,7 +61,7 @@ int main(int argc, char **argv)
 
     TrackItem zeroLength = TrackItem::song(4, QStringLiteral("zero"), {}, {});
     zeroLength.totalLength = 0;
-    write(dir, QStringLiteral("zero-length-item"), ITunesDBBuilder().addTrack(zeroLength).build());
+    write(dir, QStringLiteral("zero-length-item"), ITunesDBWriter().addTrack(zeroLength).build());
 
     const QByteArray junk = mhbd({mhsd(1, mhlt({mhit(TrackItem::song(1, QStringLiteral("a"), {}, {})) + "JJJ" +
                                                 mhit(TrackItem::song(2, QStringLiteral("b"), {}, {}))},

@@ -6,7 +6,7 @@
 #include "export/RockboxGenerator.h"
 #include "localization/L10n.h"
 #include "localization/LocalizationManager.h"
-#include "support/ITunesDBBuilder.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -38,9 +38,9 @@ Checks readerChecks()
 
 Checks parserChecks()
 {
-    using namespace testing;
+    using namespace dbwriter;
     const QByteArray db =
-        ITunesDBBuilder()
+        ITunesDBWriter()
             .addTrack(TrackItem::song(5001, QStringLiteral("Bohemian Rhapsody"), QStringLiteral("Queen"),
                                       QStringLiteral(":iPod_Control:Music:F00:ABCD.mp3"), 354000))
             .addPlaylist(PlaylistItem{.name = {}, .isMaster = true, .entries = {{5001}}})

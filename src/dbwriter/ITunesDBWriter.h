@@ -8,7 +8,7 @@
 
 // Assembles iTunesDB files for tests, benchmarks, fuzz seeds and the demo iPod. Every chunk is built from
 // a plain description, and every length or count can be overridden to describe a damaged file.
-namespace kestrune::testing {
+namespace kestrune::dbwriter {
 
 // A data object ("mhod") with text.
 struct StringObject {
@@ -78,11 +78,11 @@ QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength = 0x68,
 
 // A whole database: a track section, then the playlist section (optionally also written as the
 // podcast section, type 3, before it, as iTunes does).
-class ITunesDBBuilder {
+class ITunesDBWriter {
 public:
-    ITunesDBBuilder &addTrack(TrackItem track);
-    ITunesDBBuilder &addPlaylist(PlaylistItem playlist);
-    ITunesDBBuilder &withPodcastSection(bool enabled = true);
+    ITunesDBWriter &addTrack(TrackItem track);
+    ITunesDBWriter &addPlaylist(PlaylistItem playlist);
+    ITunesDBWriter &withPodcastSection(bool enabled = true);
 
     [[nodiscard]] QByteArray build() const;
 
@@ -92,4 +92,4 @@ private:
     bool m_podcastSection = false;
 };
 
-} // namespace kestrune::testing
+} // namespace kestrune::dbwriter

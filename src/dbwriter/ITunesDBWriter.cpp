@@ -1,10 +1,10 @@
-#include "ITunesDBBuilder.h"
+#include "ITunesDBWriter.h"
 
 #include "ByteWriter.h"
 
 #include <QStringEncoder>
 
-namespace kestrune::testing {
+namespace kestrune::dbwriter {
 
 namespace {
 
@@ -168,25 +168,25 @@ QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength, std::op
     return chunk("mhbd", headerLength, headerLength + lengthOf(body), rest.data(), body);
 }
 
-ITunesDBBuilder &ITunesDBBuilder::addTrack(TrackItem track)
+ITunesDBWriter &ITunesDBWriter::addTrack(TrackItem track)
 {
     m_tracks.append(std::move(track));
     return *this;
 }
 
-ITunesDBBuilder &ITunesDBBuilder::addPlaylist(PlaylistItem playlist)
+ITunesDBWriter &ITunesDBWriter::addPlaylist(PlaylistItem playlist)
 {
     m_playlists.append(std::move(playlist));
     return *this;
 }
 
-ITunesDBBuilder &ITunesDBBuilder::withPodcastSection(bool enabled)
+ITunesDBWriter &ITunesDBWriter::withPodcastSection(bool enabled)
 {
     m_podcastSection = enabled;
     return *this;
 }
 
-QByteArray ITunesDBBuilder::build() const
+QByteArray ITunesDBWriter::build() const
 {
     QList<QByteArray> tracks;
     tracks.reserve(m_tracks.size());
@@ -205,4 +205,4 @@ QByteArray ITunesDBBuilder::build() const
     return mhbd(sections);
 }
 
-} // namespace kestrune::testing
+} // namespace kestrune::dbwriter

@@ -4,7 +4,7 @@
 #include <QByteArrayView>
 #include <QtEndian>
 
-namespace kestrune::testing {
+namespace kestrune::dbwriter {
 
 // Appends little-endian values to a growing buffer.
 class ByteWriter {
@@ -46,4 +46,4 @@ private:
     QByteArray m_data;
 };
 
-} // namespace kestrune::testing
+} // namespace kestrune::dbwriter
