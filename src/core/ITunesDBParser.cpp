@@ -1,13 +1,10 @@
 #include "ITunesDBParser.h"
 
 #include "ChunkWalk.h"
-#include "FileSystemError.h"
 #include "MhodText.h"
 #include "ParseError.h"
 #include "SharedTrackText.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QUuid>
 
 #include <vector>
@@ -96,27 +93,9 @@ void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &trac
 
 } // namespace
 
-ParseResult ITunesDBParser::parse(const QUrl &fileURL) const
+ParseResult ITunesDBParser::parse(const QUrl &fileURL, const ReadProgress &progress) const
 {
-    const QString path = fileURL.toLocalFile();
-    QFile file(path);
-    const auto failure = [&] {
-        return FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
-                                         .arg(QFileInfo(path).fileName(), file.errorString())};
-    };
-    if (!file.open(QIODevice::ReadOnly))
-        throw failure();
-
-    const qint64 size = file.size();
-    if (uchar *mapped = size > 0 ? file.map(0, size) : nullptr) {
-        // Every string the parser keeps is decoded into memory of its own, so the mapping may end with
-        // the file.
-        return parse(QByteArray::fromRawData(reinterpret_cast<const char *>(mapped), qsizetype(size)));
-    }
-    const QByteArray data = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        throw failure();
-    return parse(data);
+    return parse(readDatabaseFile(fileURL.toLocalFile(), progress));
 }
 
 ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
@@ -129,7 +108,7 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
         throw ParseError::invalidHeader();
 
     const std::optional<quint32> headerLen = reader.readUInt32LE();
-    reader.skip(4); // total length, not used
+    const std::optional<quint32> declaredLength = reader.readUInt32LE(); // the whole file's, when intact
     const std::optional<quint32> ignored1 = reader.readUInt32LE();
     const std::optional<quint32> ignored2 = reader.readUInt32LE();
     const std::optional<quint32> sectionCount = reader.readUInt32LE();
@@ -138,6 +117,7 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
 
     ParseBudget budget(data.size());
     ParseResult result;
+    result.looksTruncated = qint64(declaredLength.value_or(0)) > data.size();
     reader.seek(*headerLen);
 
     quint32 sectionsRead = 0;
@@ -157,6 +137,7 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
             break;
         reader.seek(chunkStart + *sectionHeaderLen);
         const qsizetype sectionEnd = chunkStart + *sectionTotalLen;
+        result.looksTruncated = result.looksTruncated || sectionEnd > data.size();
 
         if (*sectionType == 1) {
             QList<Track> tracks = parseTrackList(reader, sectionEnd, budget);
@@ -164,6 +145,7 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
             for (Track &track : tracks) {
                 const qsizetype known = result.tracks.size();
                 const quint32 id = track.id;
+                result.trackItemIds.append(id);
                 result.tracks[id] = std::move(track); // a later record with the same id wins
                 if (result.tracks.size() != known)
                     result.trackOrder.append(id);
@@ -244,6 +226,12 @@ QList<Playlist> ITunesDBParser::parsePlaylistList(BinaryReader &reader, qsizetyp
         if (item.headerLen >= 36) {
             reader.seek(item.start + 28);
             playlist.dbId = reader.readUInt64LE().value_or(0);
+        }
+        if (item.headerLen >= 0x38) { // iTunes 7 and later: playlist folders
+            reader.seek(item.start + 0x2A);
+            playlist.isFolder = (reader.readUInt16LE().value_or(0) & 0x0100) != 0;
+            reader.seek(item.start + 0x30);
+            playlist.parentDbId = reader.readUInt64LE().value_or(0);
         }
         reader.seek(item.start + item.headerLen);
         walkDataObjects(reader, item.end(), item.word12, budget,

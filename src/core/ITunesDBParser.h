@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BinaryReader.h"
+#include "DatabaseFile.h"
 #include "ParseBudget.h"
 #include "ParseResult.h"
 
@@ -14,9 +15,9 @@ namespace kestrune {
 // concerned and what was read so far is kept. Stateless, so one parser may serve any thread.
 class ITunesDBParser {
 public:
-    // Reads the file whole (mapped where possible) and parses it.
-    // Throws FileSystemError when the file cannot be read, ParseError when it is not a database.
-    [[nodiscard]] ParseResult parse(const QUrl &fileURL) const;
+    // Reads the file whole with ordinary reads and parses it. Throws FileSystemError when the file cannot
+    // be opened, ParseError when it cannot be read (no regular file, an I/O error) or is not a database.
+    [[nodiscard]] ParseResult parse(const QUrl &fileURL, const ReadProgress &progress = {}) const;
     // Throws ParseError. `work`, when given, receives what the parse spent and is for tests and tools.
     [[nodiscard]] ParseResult parse(const QByteArray &data, ParseWork *work = nullptr) const;
 

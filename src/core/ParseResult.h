@@ -13,6 +13,11 @@ struct ParseResult {
     QList<Playlist> playlists; // database order
     // The distinct track ids in the order the file first lists them, for callers that show every track.
     QList<quint32> trackOrder;
+    // The id of every track item in file order, repeats included: the list that On-The-Go playlists and
+    // play counts index into.
+    QList<quint32> trackItemIds;
+    // The file ends before the length its header or a section declares: an interrupted sync.
+    bool looksTruncated = false;
 
     bool operator==(const ParseResult &) const = default;
 };

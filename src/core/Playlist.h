@@ -17,6 +17,8 @@ struct Playlist {
     QString name;
     bool isMaster = false;
     bool isSmart = false;
+    bool isFolder = false; // a playlist folder; its own entries are those of its children
+    quint64 parentDbId = 0; // the folder this playlist sits in, 0 at the top
     QList<quint32> trackIds; // as stored: duplicates and dangling ids kept
     QList<Track> tracks;     // resolved, in playlist order
     std::optional<ExistingRockboxFile> existingRockboxFile;
