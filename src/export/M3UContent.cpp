@@ -45,7 +45,7 @@ void appendPathLine(QString &text, const Track &track, const QString &customPath
         text += m3uPathLine(track, customPathPrefix);
         return;
     }
-    if (!track.ipodPath.startsWith(u':'))
+    if (!track.ipodPath.startsWith(u':') && !track.ipodPath.startsWith(u'/'))
         text += u'/';
     const qsizetype start = text.size();
     text += track.ipodPath;
