@@ -209,13 +209,13 @@ void exportFigures(const QString &library, int runs)
         const qint64 before = residentBytes();
         QElapsedTimer clock;
         clock.start();
-        for (qsizetype i = 0; i < playlists.size(); ++i) {
-            if (!generator.exportPlaylist(playlists.at(i), folder, {}).isSuccess)
-                qFatal("export failed");
-            if (i % 50 == 0) // reading /proc costs time of its own
-                growth = std::max(growth, residentBytes() - before);
-        }
-        generator.flushToDisk(folder); // a run ends with its files on the disk
+        const QList<ExportItemResult> results =
+            generator.exportPlaylists(playlists, folder, {}, [&](qsizetype written) {
+                if (written % 50 == 0) // reading /proc costs time of its own
+                    growth = std::max(growth, residentBytes() - before);
+            });
+        if (std::any_of(results.cbegin(), results.cend(), [](const ExportItemResult &r) { return !r.isSuccess; }))
+            qFatal("export failed");
         return double(clock.nsecsElapsed()) / 1e6;
     });
     report("export every playlist to a local folder",

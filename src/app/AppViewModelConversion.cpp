@@ -29,16 +29,13 @@ void AppViewModel::convertSelectedPlaylists()
     runInBackground(
         this,
         [self, chosen, generator = m_generator, folder = *folder, options = m_options] {
-            QList<ExportItemResult> results;
             const auto total = double(chosen.size());
-            for (const Playlist &playlist : chosen) {
-                results.append(generator.exportPlaylist(playlist, folder, options));
-                const double progress = double(results.size()) / total;
-                postToGuiThread(self, [self, progress] {
-                    static_cast<AppViewModel *>(self.data())->setConversionProgress(progress);
+            QList<ExportItemResult> results =
+                generator.exportPlaylists(chosen, folder, options, [&self, total](qsizetype written) {
+                    postToGuiThread(self, [self, progress = double(written) / total] {
+                        static_cast<AppViewModel *>(self.data())->setConversionProgress(progress);
+                    });
                 });
-            }
-            generator.flushToDisk(folder);
             if (options.cleanDotFiles)
                 generator.cleanDotFiles(folder);
             return results;

@@ -1,44 +1,73 @@
 #include "DotFileCleaner.h"
 
+#include "core/IPodTree.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+
+#include <optional>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace kestrune {
 
 namespace {
 
-const QLatin1StringView rockboxFolderName(".rockbox");
+bool isRockboxFolderName(const QString &name)
+{
+    return name.compare(QLatin1StringView(".rockbox"), Qt::CaseInsensitive) == 0;
+}
 
 bool isRealFolder(const QFileInfo &entry)
 {
     return entry.isDir() && !entry.isSymLink();
 }
 
-// Depth-first, in the order the system lists each folder: what to remove, without entering what goes whole.
-void collectDotEntries(const QString &folder, QStringList &found)
+// The file system an entry lies on, to keep the walk on the root's own; none where it cannot be told.
+std::optional<quint64> fileSystemOf(const QString &path)
+{
+#ifdef Q_OS_UNIX
+    struct stat status {};
+    if (::lstat(QFile::encodeName(path).constData(), &status) == 0)
+        return quint64(status.st_dev);
+#else
+    Q_UNUSED(path);
+#endif
+    return std::nullopt;
+}
+
+// Depth-first, in the order the system lists each folder: what to remove, without entering what goes whole
+// or what belongs to another file system.
+void collectDotEntries(const QString &folder, const std::optional<quint64> &rootFileSystem, QStringList &found)
 {
     const QFileInfoList entries = QDir(folder).entryInfoList(
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
     for (const QFileInfo &entry : entries) {
         const QString name = entry.fileName();
-        if (name == rockboxFolderName)
+        if (isRockboxFolderName(name))
             continue;
+        if (isRealFolder(entry) && fileSystemOf(entry.filePath()) != rootFileSystem)
+            continue; // a mount point: another volume's files are not ours to touch
         if (name.startsWith(u'.'))
             found.append(entry.filePath());
         else if (isRealFolder(entry))
-            collectDotEntries(entry.filePath(), found);
+            collectDotEntries(entry.filePath(), rootFileSystem, found);
     }
 }
 
-bool removeEntry(const QString &path)
+enum class Removal { removed, alreadyGone, failed };
+
+Removal removeEntry(const QString &path)
 {
     const QFileInfo entry(path);
     if (!entry.exists() && !entry.isSymLink())
-        return false; // already gone
+        return Removal::alreadyGone;
     if (isRealFolder(entry))
-        return QDir(path).removeRecursively(); // does not follow links inside
-    return QFile::remove(path);
+        return QDir(path).removeRecursively() ? Removal::removed : Removal::failed; // links inside stay links
+    return QFile::remove(path) ? Removal::removed : Removal::failed;
 }
 
 } // namespace
@@ -59,20 +88,32 @@ void DotFileCleaner::runSystemCleaner(const QString &root) const
         cleaner.waitForFinished(-1);
 }
 
-int DotFileCleaner::clean(const QString &root) const
+DotFileCleaner::Report DotFileCleaner::clean(const QString &root) const
 {
-    if (!QFileInfo::exists(root) || QFileInfo(root).fileName() == rockboxFolderName)
-        return 0;
+    Report report;
+    if (!QFileInfo::exists(root) || isRockboxFolderName(QFileInfo(root).fileName()))
+        return report;
+    if (!enclosingIPodRoot(root)) {
+        report.skippedOutsideIPod = true; // a home folder or a source checkout holds dot files that matter
+        return report;
+    }
     runSystemCleaner(root);
 
     QStringList found;
-    collectDotEntries(root, found);
-    int removed = 0;
+    collectDotEntries(root, fileSystemOf(root), found);
     for (const QString &path : std::as_const(found)) {
-        if (removeEntry(path))
-            ++removed;
+        switch (removeEntry(path)) {
+        case Removal::removed:
+            ++report.removed;
+            break;
+        case Removal::failed:
+            ++report.failed;
+            break;
+        case Removal::alreadyGone:
+            break;
+        }
     }
-    return removed;
+    return report;
 }
 
 } // namespace kestrune

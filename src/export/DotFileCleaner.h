@@ -4,18 +4,27 @@
 
 namespace kestrune {
 
-// Removes hidden entries ("._*", ".DS_Store", ".Trashes" and every other dot name) from a folder tree.
-// Rockbox's own ".rockbox" is spared at any depth with everything in it. Symbolic links are never
-// followed: a dot-named link is removed as a link, and a link to a folder is not entered.
+// Removes hidden entries ("._*", ".DS_Store", ".Trashes" and every other dot name) from a folder tree on an
+// iPod. Rockbox's own ".rockbox" (any case: FAT is case-blind) is spared at any depth with everything in
+// it. Bounded for safety: a root that lies on no iPod (nothing at or above it holds "iPod_Control") is
+// left alone, symbolic links are never followed (a dot-named link goes as a link), and the walk never
+// enters nor removes another file system mounted inside the tree.
 class DotFileCleaner {
 public:
+    struct Report {
+        int removed = 0; // a removed folder counts once
+        int failed = 0;  // entries that could not be removed
+        bool skippedOutsideIPod = false;
+
+        bool operator==(const Report &) const = default;
+    };
+
     // Runs the system cleaner "/usr/sbin/dot_clean" first where it exists (macOS).
     DotFileCleaner() : DotFileCleaner(QStringLiteral("/usr/sbin/dot_clean")) {}
     // Another system cleaner; an empty path skips that pass.
     explicit DotFileCleaner(QString systemCleanerPath);
 
-    // Returns how many items its own pass removed; a removed folder counts once.
-    int clean(const QString &root) const;
+    [[nodiscard]] Report clean(const QString &root) const;
 
 private:
     void runSystemCleaner(const QString &root) const;

@@ -1,10 +1,10 @@
 #include "RockboxGenerator.h"
 
-#include "AtomicFile.h"
+#include "PlaylistFileName.h"
+#include "PlaylistWriteBatch.h"
 #include "M3UContent.h"
 #include "PlaylistFolder.h"
 #include "core/FileSystemError.h"
-#include "core/TextTrim.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -14,24 +14,6 @@
 namespace kestrune {
 
 namespace {
-
-bool isUnsafeInFileName(QChar c)
-{
-    switch (c.unicode()) {
-    case u':':
-    case u'/':
-    case u'\\':
-    case u'|':
-    case u'*':
-    case u'?':
-    case u'<':
-    case u'>':
-    case u'"':
-        return true;
-    default:
-        return false;
-    }
-}
 
 // With sanitising off a name is used as it is; it may still not leave the destination folder, by its
 // own text or through a linked sub-folder.
@@ -49,6 +31,20 @@ bool leavesFolder(const QString &baseName, const QString &folder, const QString 
         return true;
     const QStringList segments = baseName.split(QRegularExpression(QStringLiteral("[/\\\\]")));
     return segments.contains(QStringLiteral(".."));
+}
+
+// Why a name cannot be written as it is, when sanitising is off.
+std::optional<QString> refusedName(const QString &name, const QString &folder, const ConversionOptions &options)
+{
+    if (options.sanitizeFilenames)
+        return std::nullopt;
+    if (std::optional<QString> character = unwritableCharacterIn(name))
+        return character;
+    if (leavesFolder(name, folder, folder + u'/' + name))
+        return QStringLiteral("Il nome della playlist porterebbe il file fuori dalla cartella di "
+                              "destinazione: '%1'.")
+            .arg(name);
+    return std::nullopt;
 }
 
 std::optional<QByteArray> encodedStrictly(const QString &text)
@@ -69,13 +65,7 @@ QString RockboxGenerator::generateM3UContent(const Playlist &playlist, const Con
 
 QString RockboxGenerator::sanitizeFilename(const QString &name)
 {
-    QString safe = name;
-    for (QChar &c : safe) {
-        if (isUnsafeInFileName(c))
-            c = u'_';
-    }
-    safe = trimmedWhitespaceAndNewlines(safe);
-    return safe.isEmpty() ? QStringLiteral("Playlist") : safe;
+    return sanitizedPlaylistName(name);
 }
 
 QString RockboxGenerator::playlistFilename(const Playlist &playlist, const ConversionOptions &options)
@@ -88,39 +78,50 @@ QString RockboxGenerator::playlistFilename(const Playlist &playlist, const Conve
 ExportItemResult RockboxGenerator::exportPlaylist(const Playlist &playlist, const QUrl &playlistsBaseFolder,
                                                   const ConversionOptions &options) const
 {
-    const QString filename = playlistFilename(playlist, options);
-    const QString folder = playlistsBaseFolder.toLocalFile();
-    const QString path = folder + u'/' + filename;
-
-    ExportItemResult result{.playlistName = playlist.name,
-                            .filename = filename,
-                            .fileURL = QUrl::fromLocalFile(path),
-                            .trackCount = int(playlist.tracks.size()),
-                            .isUpdate = playlist.existingRockboxFile.has_value()};
-    const auto failed = [&result](QString message) {
-        result.errorMessage = std::move(message);
-        return result;
-    };
-
-    if (!options.sanitizeFilenames && leavesFolder(playlist.name, folder, path)) {
-        return failed(QStringLiteral("Il nome della playlist porterebbe il file fuori dalla cartella di "
-                                     "destinazione: '%1'.")
-                          .arg(playlist.name));
-    }
-    if (const std::optional<QString> error = createFolder(folder))
-        return failed(*error);
-    const std::optional<QByteArray> bytes = encodedStrictly(generateM3UContent(playlist, options));
-    if (!bytes)
-        return failed(QStringLiteral("Impossibile codificare la playlist in formato UTF-8."));
-    if (const std::optional<QString> error = writeFileAtomically(path, *bytes))
-        return failed(*error);
-    result.isSuccess = true;
-    return result;
+    return exportPlaylists({playlist}, playlistsBaseFolder, options).first();
 }
 
-void RockboxGenerator::flushToDisk(const QUrl &playlistsBaseFolder) const
+QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> &playlists,
+                                                          const QUrl &playlistsBaseFolder,
+                                                          const ConversionOptions &options,
+                                                          const RunProgress &written) const
 {
-    kestrune::flushToDisk(playlistsBaseFolder.toLocalFile());
+    const QString folder = playlistsBaseFolder.toLocalFile();
+    PlaylistWriteBatch batch(folder);
+    QList<ExportItemResult> results;
+    QList<qsizetype> handles; // the batch's handle of each result, -1 when nothing was staged
+    for (const Playlist &playlist : playlists) {
+        const QString filename = playlistFilename(playlist, options);
+        ExportItemResult &result = results.emplaceBack(
+            ExportItemResult{.playlistName = playlist.name,
+                             .filename = filename,
+                             .fileURL = QUrl::fromLocalFile(folder + u'/' + filename),
+                             .trackCount = int(playlist.tracks.size()),
+                             .isUpdate = playlist.existingRockboxFile.has_value()});
+        handles.append(-1);
+        result.errorMessage = refusedName(playlist.name, folder, options);
+        std::optional<QByteArray> bytes;
+        if (!result.errorMessage) {
+            bytes = encodedStrictly(generateM3UContent(playlist, options));
+            if (!bytes)
+                result.errorMessage = QStringLiteral("Impossibile codificare la playlist in formato UTF-8.");
+        }
+        if (bytes) {
+            const PlaylistWriteBatch::Staged staged = batch.stage(filename, *bytes);
+            handles.last() = staged.handle;
+            result.errorMessage = staged.error;
+        }
+        if (written)
+            written(results.size());
+    }
+    const QList<std::optional<QString>> answers = batch.commit();
+    for (qsizetype i = 0; i < results.size(); ++i) {
+        if (handles.at(i) < 0)
+            continue;
+        results[i].errorMessage = answers.at(handles.at(i));
+        results[i].isSuccess = !results[i].errorMessage;
+    }
+    return results;
 }
 
 QList<RockboxFileItem> RockboxGenerator::listPlaylists(const QUrl &playlistsBaseURL) const
@@ -155,6 +156,11 @@ void RockboxGenerator::deleteItem(const QUrl &fileURL) const
 }
 
 int RockboxGenerator::cleanDotFiles(const QUrl &root) const
+{
+    return cleanDotFileTree(root).removed;
+}
+
+DotFileCleaner::Report RockboxGenerator::cleanDotFileTree(const QUrl &root) const
 {
     return m_cleaner.clean(root.toLocalFile());
 }

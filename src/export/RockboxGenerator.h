@@ -10,6 +10,8 @@
 #include <QList>
 #include <QUrl>
 
+#include <functional>
+
 namespace kestrune {
 
 // Writes Rockbox playlist files and looks after the device's playlists folder. It keeps no state, so one
@@ -23,19 +25,27 @@ public:
     [[nodiscard]] QString generateM3UContent(const Playlist &playlist,
                                              const ConversionOptions &options) const;
 
-    // Each of : / \ | * ? < > " becomes one "_", then outer white space goes; "" becomes "Playlist".
+    // A name safe on the player's FAT volume (see sanitizedPlaylistName): each of : / \ | * ? < > "
+    // becomes "_", outer white space goes, "" becomes "Playlist"; control characters, a leading "." and
+    // Windows device names are made harmless, and the name is kept within Rockbox's path limit.
     [[nodiscard]] static QString sanitizeFilename(const QString &name);
 
     // The file name an export writes: the (optionally sanitised) name, ".", and "m3u8" or "m3u".
     [[nodiscard]] static QString playlistFilename(const Playlist &playlist, const ConversionOptions &options);
 
-    // Writes the playlist into the folder atomically, replacing a file of the same name. Never throws:
-    // every failure is a result with isSuccess false and the reason.
+    // Writes the playlist into the folder atomically and durably, replacing a file of the same name.
+    // Never throws: every failure is a result with isSuccess false and the reason.
     [[nodiscard]] ExportItemResult exportPlaylist(const Playlist &playlist, const QUrl &playlistsBaseFolder,
                                                   const ConversionOptions &options) const;
 
-    // Makes a run's files durable on the folder's volume; called once after the last export of a run.
-    void flushToDisk(const QUrl &playlistsBaseFolder) const;
+    // The playlists of one run, in order, written as exportPlaylist writes one, with two device flushes
+    // for the whole run (see PlaylistWriteBatch). A result says success only once its file is on the
+    // device. `written` is called with the number of files written so far, after each one.
+    using RunProgress = std::function<void(qsizetype written)>;
+    [[nodiscard]] QList<ExportItemResult> exportPlaylists(const QList<Playlist> &playlists,
+                                                          const QUrl &playlistsBaseFolder,
+                                                          const ConversionOptions &options,
+                                                          const RunProgress &written = {}) const;
 
     [[nodiscard]] QList<RockboxFileItem> listPlaylists(const QUrl &playlistsBaseURL) const;
     [[nodiscard]] QList<ExistingRockboxFile> scanExistingPlaylists(const QUrl &playlistsBaseURL) const;
@@ -43,8 +53,10 @@ public:
     // Removes the file, or the folder with its contents. Throws FileSystemError with the system's text.
     void deleteItem(const QUrl &fileURL) const;
 
-    // Removes dot files below the folder; returns how many items this pass removed.
+    // Removes dot files below the folder, when it lies on an iPod; returns how many items this pass
+    // removed. cleanDotFileTree() tells the whole story.
     int cleanDotFiles(const QUrl &root) const;
+    [[nodiscard]] DotFileCleaner::Report cleanDotFileTree(const QUrl &root) const;
 
 private:
     DotFileCleaner m_cleaner;

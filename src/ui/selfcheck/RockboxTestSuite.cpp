@@ -88,12 +88,12 @@ Checks cleanerChecks()
     QTemporaryDir dir;
     const QDir root(dir.path());
     for (const char *path : {"Playlists/._Rock.m3u8", "Playlists/.DS_Store", ".Trashes/trash.txt",
-                             ".rockbox/config.cfg", "Playlists/Rock.m3u8"}) {
+                             ".rockbox/config.cfg", "Playlists/Rock.m3u8", "iPod_Control/iTunes/iTunesDB"}) {
         root.mkpath(QFileInfo(root.filePath(QString::fromLatin1(path))).path());
         QFile file(root.filePath(QString::fromLatin1(path)));
         (void)file.open(QIODevice::WriteOnly);
     }
-    const int removed = DotFileCleaner(QString()).clean(dir.path());
+    const int removed = DotFileCleaner(QString()).clean(dir.path()).removed;
     return {{"dot entries removed", removed == 3},
             {".rockbox spared", QFileInfo::exists(root.filePath(QStringLiteral(".rockbox/config.cfg")))},
             {"playlists kept", QFileInfo::exists(root.filePath(QStringLiteral("Playlists/Rock.m3u8")))}};

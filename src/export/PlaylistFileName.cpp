@@ -1,0 +1,123 @@
+#include "PlaylistFileName.h"
+
+#include "core/TextTrim.h"
+
+#include <QTextBoundaryFinder>
+
+#include <array>
+
+namespace kestrune {
+
+namespace {
+
+bool isUnsafeInFileName(char16_t c)
+{
+    switch (c) {
+    case u':':
+    case u'/':
+    case u'\\':
+    case u'|':
+    case u'*':
+    case u'?':
+    case u'<':
+    case u'>':
+    case u'"':
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isControl(char16_t c)
+{
+    return c < 0x20 || c == 0x7F;
+}
+
+QString codePointText(char16_t c)
+{
+    return QStringLiteral("U+") + QString::number(c, 16).toUpper().rightJustified(4, u'0');
+}
+
+bool isReservedDeviceName(const QString &stem)
+{
+    static const std::array<QLatin1StringView, 4> plain{QLatin1StringView("CON"), QLatin1StringView("PRN"),
+                                                        QLatin1StringView("AUX"), QLatin1StringView("NUL")};
+    for (QLatin1StringView name : plain) {
+        if (stem.compare(name, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    if (stem.size() != 4)
+        return false;
+    const QString head = stem.left(3).toUpper();
+    const QChar digit = stem.at(3);
+    return (head == QLatin1StringView("COM") || head == QLatin1StringView("LPT")) && digit >= u'1' &&
+           digit <= u'9';
+}
+
+// Cuts at a grapheme boundary, so that no character, accent or emoji is split.
+QString shortenedToUtf8Bytes(const QString &name, qsizetype maximumBytes)
+{
+    if (name.size() * 3 <= maximumBytes || name.toUtf8().size() <= maximumBytes)
+        return name;
+    QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, name);
+    qsizetype kept = 0;
+    qsizetype bytes = 0;
+    for (qsizetype next = boundaries.toNextBoundary(); next > 0; next = boundaries.toNextBoundary()) {
+        bytes += QStringView(name).mid(kept, next - kept).toUtf8().size();
+        if (bytes > maximumBytes)
+            break;
+        kept = next;
+    }
+    return name.left(kept);
+}
+
+} // namespace
+
+QString sanitizedPlaylistName(const QString &name)
+{
+    QString safe = name;
+    for (QChar &c : safe) {
+        if (isUnsafeInFileName(c.unicode()))
+            c = u'_';
+    }
+    // Trimmed before the control characters go, so that a name of blanks and line breaks still becomes
+    // "Playlist", while a tab inside a name becomes "_".
+    safe = trimmedWhitespaceAndNewlines(safe);
+    if (safe.isEmpty())
+        return QStringLiteral("Playlist");
+    for (QChar &c : safe) {
+        if (isControl(c.unicode()))
+            c = u'_';
+    }
+    if (safe.startsWith(u'.'))
+        safe[0] = u'_';
+    const qsizetype stemEnd = safe.indexOf(u'.');
+    if (isReservedDeviceName(stemEnd < 0 ? safe : safe.left(stemEnd)))
+        safe.insert(stemEnd < 0 ? safe.size() : stemEnd, u'_');
+    return shortenedToUtf8Bytes(safe, maximumBaseNameBytes);
+}
+
+std::optional<QString> unwritableCharacterIn(const QString &name)
+{
+    for (QChar c : name) {
+        if (isControl(c.unicode())) {
+            return QStringLiteral("Il nome della playlist contiene il carattere di controllo %1, che nessun "
+                                  "file system accetta: '%2'.")
+                .arg(codePointText(c.unicode()), name);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> describeFatRefusedCharacter(const QString &fileName)
+{
+    for (QChar c : fileName) {
+        if (isControl(c.unicode()))
+            return QStringLiteral("the control character %1").arg(codePointText(c.unicode()));
+        if (isUnsafeInFileName(c.unicode()) && c != u'/')
+            return QStringLiteral("the character '%1'").arg(c);
+    }
+    return std::nullopt;
+}
+
+} // namespace kestrune

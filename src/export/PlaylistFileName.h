@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace kestrune {
+
+// The longest base name that keeps "/Playlists/NAME.m3u8" within Rockbox's path limit of 259 bytes of
+// UTF-8 (its MAX_PATH is 260 with the terminating NUL).
+constexpr qsizetype maximumBaseNameBytes = 259 - qsizetype(sizeof("/Playlists/.m3u8") - 1);
+
+// A playlist name made safe as a file name on the player's FAT volume and on Windows:
+// - each of : / \ | * ? < > " becomes one "_", then outer white space goes, and "" becomes "Playlist";
+// - other control characters (C0, DEL) become "_", and so does a leading ".", which would hide the file;
+// - a reserved Windows device name (CON, PRN, AUX, NUL, COM1-9, LPT1-9, any case, with or without an
+//   extension) gets "_" after it;
+// - the name is shortened at a character boundary to maximumBaseNameBytes.
+QString sanitizedPlaylistName(const QString &name);
+
+// A name used as it is (sanitising off) still may not hold a character that no file name can hold:
+// the reason, naming the character, or none.
+std::optional<QString> unwritableCharacterIn(const QString &name);
+
+// The first character of a file name that a FAT volume refuses, described for a message; none when
+// every character is acceptable.
+std::optional<QString> describeFatRefusedCharacter(const QString &fileName);
+
+} // namespace kestrune

@@ -1,0 +1,300 @@
+#include "PlaylistWriteBatch.h"
+
+#include "PlaylistFileName.h"
+#include "SystemErrorText.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QSaveFile>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace kestrune {
+
+namespace {
+
+QString lastComponent(const QString &relativePath)
+{
+    return relativePath.mid(relativePath.lastIndexOf(u'/') + 1);
+}
+
+QString folderUnavailable(const QString &folder, const QString &reason)
+{
+    return QStringLiteral("The folder “%1” couldn’t be opened: %2").arg(QFileInfo(folder).fileName(), reason);
+}
+
+} // namespace
+
+#ifdef Q_OS_UNIX
+
+namespace {
+
+QByteArray encoded(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+int writeAll(int descriptor, const QByteArray &bytes)
+{
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(descriptor, bytes.constData() + written, size_t(bytes.size() - written));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count < 0 ? errno : ENOSPC;
+        written += count;
+    }
+    return 0;
+}
+
+QString renameFailure(const QString &relativePath, int error)
+{
+    if (error != EINVAL && error != EILSEQ)
+        return describeSystemError(error);
+    // FAT refuses some characters, and says only "invalid argument".
+    const QString name = lastComponent(relativePath);
+    const std::optional<QString> character = describeFatRefusedCharacter(name);
+    return QStringLiteral("The file system refused the name “%1”%2.")
+        .arg(name, character ? QStringLiteral(" because of ") + *character : QString());
+}
+
+} // namespace
+
+struct PlaylistWriteBatch::Platform {
+    struct File {
+        QString relativePath;
+        QString temporaryPath; // relative to the folder too; empty when there is none (any more)
+        std::optional<QString> error;
+    };
+
+    QString folder;
+    int descriptor = -1;
+    dev_t device = 0;
+    ino_t inode = 0;
+    std::optional<QString> openError;
+    QList<File> files;
+
+    void open(const QString &path);
+    [[nodiscard]] std::optional<QString> checkStillInPlace() const;
+    [[nodiscard]] int flushVolume() const;
+    void removeTemporary(File &file) const;
+};
+
+void PlaylistWriteBatch::Platform::open(const QString &path)
+{
+    folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const QFileInfo info(folder);
+    // The parent must exist: creating a whole missing path could recreate the folder under the empty
+    // mount point of a volume that is gone.
+    const int parent = ::open(encoded(info.absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (parent < 0) {
+        openError = folderUnavailable(info.absolutePath(), describeSystemError(errno));
+        return;
+    }
+    const QByteArray leaf = encoded(info.fileName());
+    int error = 0;
+    if (::mkdirat(parent, leaf.constData(), 0777) != 0 && errno != EEXIST)
+        error = errno;
+    if (!error) {
+        descriptor = ::openat(parent, leaf.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        error = descriptor < 0 ? errno : 0;
+    }
+    ::close(parent);
+    struct stat status {};
+    if (!error && ::fstat(descriptor, &status) != 0)
+        error = errno;
+    if (error) {
+        openError = QStringLiteral("The folder “%1” couldn’t be created or opened: %2")
+                        .arg(info.fileName(), describeSystemError(error));
+        return;
+    }
+    device = status.st_dev;
+    inode = status.st_ino;
+}
+
+std::optional<QString> PlaylistWriteBatch::Platform::checkStillInPlace() const
+{
+    struct stat status {};
+    if (::stat(encoded(folder).constData(), &status) == 0 && status.st_dev == device && status.st_ino == inode)
+        return std::nullopt;
+    return QStringLiteral("The device was removed or unmounted during the run: “%1” is no longer the folder "
+                          "the run began in.")
+        .arg(folder);
+}
+
+int PlaylistWriteBatch::Platform::flushVolume() const
+{
+#ifdef Q_OS_LINUX
+    // One flush for the whole volume instead of one per file; it reports a failed write-back too.
+    return ::syncfs(descriptor) == 0 ? 0 : errno;
+#else
+    return 0; // each file was flushed when it was written
+#endif
+}
+
+void PlaylistWriteBatch::Platform::removeTemporary(File &file) const
+{
+    if (!file.temporaryPath.isEmpty())
+        ::unlinkat(descriptor, encoded(file.temporaryPath).constData(), 0);
+    file.temporaryPath.clear();
+}
+
+PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder) : m_platform(std::make_unique<Platform>())
+{
+    m_platform->open(folder);
+}
+
+PlaylistWriteBatch::~PlaylistWriteBatch()
+{
+    for (Platform::File &file : m_platform->files)
+        m_platform->removeTemporary(file);
+    if (m_platform->descriptor >= 0)
+        ::close(m_platform->descriptor);
+}
+
+PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath, const QByteArray &bytes)
+{
+    Platform &p = *m_platform;
+    const qsizetype handle = p.files.size();
+    Platform::File &file = p.files.emplaceBack(Platform::File{relativePath, {}, p.openError});
+    if (!file.error)
+        file.error = p.checkStillInPlace();
+    if (file.error)
+        return Staged{handle, file.error};
+
+    const QString folderPart = relativePath.left(relativePath.lastIndexOf(u'/') + 1);
+    int descriptor = -1;
+    for (int attempt = 0; descriptor < 0 && attempt < 16; ++attempt) {
+        file.temporaryPath = folderPart + QStringLiteral(".kestrune-") +
+                             QString::number(QRandomGenerator::global()->generate(), 36);
+        descriptor = ::openat(p.descriptor, encoded(file.temporaryPath).constData(),
+                              O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor < 0 && errno != EEXIST)
+            break;
+    }
+    if (descriptor < 0) {
+        file.error = describeSystemError(errno);
+        file.temporaryPath.clear();
+        return Staged{handle, file.error};
+    }
+    // The new file keeps the permissions of the one it replaces.
+    struct stat target {};
+    if (::fstatat(p.descriptor, encoded(relativePath).constData(), &target, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISREG(target.st_mode))
+        ::fchmod(descriptor, target.st_mode & 07777);
+    int error = writeAll(descriptor, bytes);
+#ifndef Q_OS_LINUX
+    if (!error && ::fsync(descriptor) != 0)
+        error = errno;
+#endif
+    if (::close(descriptor) != 0 && !error)
+        error = errno;
+    if (error) {
+        file.error = describeSystemError(error);
+        p.removeTemporary(file);
+    }
+    return Staged{handle, file.error};
+}
+
+QList<std::optional<QString>> PlaylistWriteBatch::commit()
+{
+    Platform &p = *m_platform;
+    const auto failAll = [&p](const QString &reason) {
+        for (Platform::File &file : p.files) {
+            if (!file.error) {
+                file.error = reason;
+                p.removeTemporary(file);
+            }
+        }
+    };
+    const bool anyStaged =
+        std::any_of(p.files.cbegin(), p.files.cend(), [](const Platform::File &file) { return !file.error; });
+    if (anyStaged) {
+        // The data first: a file renamed over its target before its bytes are on the device can point at
+        // clusters that were never written, and a check of the disk then cuts it to nothing.
+        if (const int error = p.flushVolume())
+            failAll(QStringLiteral("The data could not be flushed to the device: ") + describeSystemError(error));
+        else if (const std::optional<QString> gone = p.checkStillInPlace())
+            failAll(*gone);
+    }
+    QList<Platform::File *> renamed;
+    for (Platform::File &file : p.files) {
+        if (file.error)
+            continue;
+        if (::renameat(p.descriptor, encoded(file.temporaryPath).constData(), p.descriptor,
+                       encoded(file.relativePath).constData()) != 0) {
+            file.error = renameFailure(file.relativePath, errno);
+            p.removeTemporary(file);
+            continue;
+        }
+        file.temporaryPath.clear();
+        renamed.append(&file);
+    }
+    if (!renamed.isEmpty()) {
+        int error = ::fsync(p.descriptor) == 0 || errno == EINVAL ? 0 : errno;
+        if (!error)
+            error = p.flushVolume();
+        for (Platform::File *file : std::as_const(renamed)) {
+            if (error)
+                file->error = QStringLiteral("The file was written, but the device did not confirm it: ") +
+                              describeSystemError(error);
+        }
+    }
+    QList<std::optional<QString>> answers;
+    for (const Platform::File &file : std::as_const(p.files))
+        answers.append(file.error);
+    return answers;
+}
+
+#else
+
+// Elsewhere QSaveFile replaces each file atomically and flushes it on its own.
+struct PlaylistWriteBatch::Platform {
+    QString folder;
+    std::optional<QString> openError;
+    QList<std::optional<QString>> answers;
+};
+
+PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder) : m_platform(std::make_unique<Platform>())
+{
+    m_platform->folder = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
+    const QFileInfo info(m_platform->folder);
+    if (!info.isDir() && !QDir(info.absolutePath()).mkdir(info.fileName()))
+        m_platform->openError = folderUnavailable(m_platform->folder, QStringLiteral("it cannot be created."));
+}
+
+PlaylistWriteBatch::~PlaylistWriteBatch() = default;
+
+PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath, const QByteArray &bytes)
+{
+    Platform &p = *m_platform;
+    std::optional<QString> error = p.openError;
+    if (!error) {
+        QSaveFile file(p.folder + u'/' + relativePath);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
+            error = file.errorString();
+            file.cancelWriting();
+            file.commit();
+        } else if (!file.commit()) {
+            error = file.errorString();
+        }
+    }
+    p.answers.append(error);
+    return Staged{p.answers.size() - 1, error};
+}
+
+QList<std::optional<QString>> PlaylistWriteBatch::commit()
+{
+    return m_platform->answers;
+}
+
+#endif
+
+} // namespace kestrune

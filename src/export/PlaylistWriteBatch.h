@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace kestrune {
+
+// Writes the files of one run into one folder so that each counts as written only once its bytes are on
+// the device, and an interrupted run leaves every old file as it was:
+// 1. the folder is resolved once (at most its last component is created) and every later step works
+//    through that open folder, never through its path again, so nothing lands elsewhere when the volume
+//    disappears; a folder whose path no longer leads to it fails every remaining file;
+// 2. stage() writes each file's bytes to a temporary file beside its target;
+// 3. commit() flushes them to the device once, renames each over its target, and flushes the folder.
+// Costs two device flushes per run, however many files. Failures are texts naming the cause.
+class PlaylistWriteBatch {
+public:
+    explicit PlaylistWriteBatch(const QString &folder);
+    ~PlaylistWriteBatch(); // removes the temporary files of a run that was not committed
+    PlaylistWriteBatch(const PlaylistWriteBatch &) = delete;
+    PlaylistWriteBatch &operator=(const PlaylistWriteBatch &) = delete;
+
+    // Writes `bytes` for the file at `relativePath` (relative to the folder) and returns its handle for
+    // commit()'s answer, or the reason it failed; a failed file leaves nothing behind.
+    struct Staged {
+        qsizetype handle = -1;
+        std::optional<QString> error;
+    };
+    Staged stage(const QString &relativePath, const QByteArray &bytes);
+
+    // Puts every staged file in place; the answer, by handle, is none for a file now on the device, or
+    // the reason it is not.
+    QList<std::optional<QString>> commit();
+
+private:
+    struct Platform;
+    std::unique_ptr<Platform> m_platform;
+};
+
+} // namespace kestrune
