@@ -1,5 +1,7 @@
 #include "Commands.h"
 
+#include "Help.h"
+
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -12,21 +14,25 @@
 
 namespace kestrune::cli {
 
-bool parseCommandLine(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
-                      qsizetype positionalCount, CliOutput &output)
+std::optional<int> parseCommandLine(QCommandLineParser &parser, const QString &command,
+                                    const QStringList &arguments, qsizetype positionalCount, CliOutput &output)
 {
+    if (arguments.contains(QLatin1StringView("--help")) || arguments.contains(QLatin1StringView("-h"))) {
+        output.out() << commandHelpText(command).value_or(QString());
+        output.out().flush();
+        return exitSuccess;
+    }
+    const QString hint = QStringLiteral(" (see 'kestrune-cli %1 --help')").arg(command);
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    if (!parser.parse(QStringList{QStringLiteral("kestrune-cli")} + arguments)) {
-        output.fail(command + QStringLiteral(": ") + parser.errorText());
-        return false;
-    }
+    if (!parser.parse(QStringList{QStringLiteral("kestrune-cli")} + arguments))
+        return output.fail(command + QStringLiteral(": ") + parser.errorText() + hint);
     if (parser.positionalArguments().size() != positionalCount) {
-        output.fail(QStringLiteral("%1: expected %2 argument(s); see 'kestrune-cli --help'")
-                        .arg(command)
-                        .arg(positionalCount));
-        return false;
+        return output.fail(
+            QStringLiteral("%1: expected %2 argument(s), got %3").arg(command).arg(positionalCount).arg(
+                parser.positionalArguments().size()) +
+            hint);
     }
-    return true;
+    return std::nullopt;
 }
 
 bool standardErrorIsTerminal()

@@ -5,6 +5,8 @@
 #include <QCommandLineParser>
 #include <QStringList>
 
+#include <optional>
+
 namespace kestrune::cli {
 
 // Each takes the arguments after the command's name and returns the exit status.
@@ -15,11 +17,9 @@ int runFiles(const QStringList &arguments, CliOutput &output);
 int runClean(const QStringList &arguments, CliOutput &output);
 int runDevices(const QStringList &arguments, CliOutput &output);
 
-// Parses a command's arguments; on a usage error prints one line and returns false.
-bool parseCommandLine(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
-                      qsizetype positionalCount, CliOutput &output);
-
-// Whether progress lines may be drawn on standard error (it is a terminal).
-bool standardErrorIsTerminal();
+// Parses a command's arguments. Gives the status to exit with when the command ends here: after its help
+// (--help, 0) or a usage error (one line and a hint, 2); none when it goes on.
+std::optional<int> parseCommandLine(QCommandLineParser &parser, const QString &command,
+                                    const QStringList &arguments, qsizetype positionalCount, CliOutput &output);
 
 } // namespace kestrune::cli

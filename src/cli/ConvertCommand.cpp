@@ -2,10 +2,12 @@
 #include "Commands.h"
 #include "JsonFormat.h"
 #include "SourceDatabase.h"
+#include "device/MountTable.h"
 #include "export/ExistingFileMatching.h"
 #include "export/RockboxGenerator.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
@@ -20,6 +22,7 @@ struct ConvertRequest {
     ConversionOptions options;
     bool dryRun = false;
     bool json = false;
+    bool keepExistingFiles = false; // the database looks truncated and --force was not given
 };
 
 // Every non-master playlist, as the window ticks them after a load; or the named ones.
@@ -61,44 +64,70 @@ QString outcomeLine(const ExportItemResult &result, bool dryRun)
              tracks);
 }
 
-// What a run would write, without touching the disk.
-QList<ExportItemResult> plannedResults(const ConvertRequest &request)
+ExportItemResult plannedResult(const Playlist &playlist, const ConvertRequest &request)
 {
-    QList<ExportItemResult> planned;
-    for (const Playlist &playlist : request.playlists) {
-        const QString filename = RockboxGenerator::playlistFilename(playlist, request.options);
-        planned.append(ExportItemResult{.playlistName = playlist.name,
-                                        .filename = filename,
-                                        .fileURL = QUrl::fromLocalFile(request.destination + u'/' + filename),
-                                        .trackCount = int(playlist.tracks.size()),
-                                        .isSuccess = true,
-                                        .isUpdate = playlist.existingRockboxFile.has_value()});
-    }
-    return planned;
+    const QString filename = RockboxGenerator::playlistFilename(playlist, request.options);
+    return ExportItemResult{.playlistName = playlist.name,
+                            .filename = filename,
+                            .fileURL = QUrl::fromLocalFile(request.destination + u'/' + filename),
+                            .trackCount = int(playlist.tracks.size()),
+                            .isSuccess = true,
+                            .isUpdate = playlist.existingRockboxFile.has_value()};
+}
+
+// A truncated database lists fewer tracks than the one the existing files were made from; they stay.
+bool wouldOverwrite(const ExportItemResult &planned, const ConvertRequest &request)
+{
+    return request.keepExistingFiles && QFileInfo::exists(planned.fileURL.toLocalFile());
 }
 
 QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGenerator &generator,
                                   CliOutput &output)
 {
-    const bool showProgress = standardErrorIsTerminal() && !request.json;
-    const QUrl folder = QUrl::fromLocalFile(request.destination);
+    QList<Playlist> toWrite;
     QList<ExportItemResult> results;
     for (const Playlist &playlist : request.playlists) {
-        if (showProgress) {
-            output.err() << QStringLiteral("\r\x1b[K[%1/%2] %3")
-                                .arg(results.size() + 1)
-                                .arg(request.playlists.size())
-                                .arg(playlist.name);
-            output.err().flush();
+        ExportItemResult planned = plannedResult(playlist, request);
+        if (request.dryRun || !wouldOverwrite(planned, request)) {
+            if (!request.dryRun)
+                toWrite.append(playlist);
+            results.append(planned);
+            continue;
         }
-        results.append(generator.exportPlaylist(playlist, folder, request.options));
+        planned.isSuccess = false;
+        planned.errorMessage = QStringLiteral("not overwritten, since the database looks truncated; give --force "
+                                              "to overwrite it anyway");
+        results.append(planned);
     }
-    generator.flushToDisk(folder);
-    if (showProgress) {
-        output.err() << "\r\x1b[K";
-        output.err().flush();
+    if (request.dryRun)
+        return results;
+
+    const QList<ExportItemResult> written = generator.exportPlaylists(
+        toWrite, QUrl::fromLocalFile(request.destination), request.options, [&](qsizetype count) {
+            if (!request.json) {
+                output.progress(QStringLiteral("[%1/%2] %3")
+                                    .arg(count)
+                                    .arg(toWrite.size())
+                                    .arg(toWrite.at(count - 1).name));
+            }
+        });
+    output.endProgress();
+    qsizetype next = 0;
+    for (ExportItemResult &result : results) {
+        if (result.isSuccess) // planned, so written
+            result = written.at(next++);
     }
     return results;
+}
+
+void warnAboutTheVolume(const QString &destination, CliOutput &output)
+{
+    const std::optional<MountEntry> mount = mountHolding(destination, systemMountTable());
+    if (mount && storesNamesWithoutUtf8(*mount)) {
+        output.warn(QStringLiteral("%1 is a FAT volume mounted without UTF-8 names, so names with accents or "
+                                   "symbols are stored wrongly; mount it with the utf8 option")
+                        .arg(mount->mountPoint));
+    }
 }
 
 } // namespace
@@ -106,29 +135,19 @@ QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGe
 int runConvert(const QStringList &arguments, CliOutput &output)
 {
     QCommandLineParser parser;
-    const QCommandLineOption dest(QStringLiteral("dest"),
-                                  QStringLiteral("Write here instead of SOURCE/Playlists."),
-                                  QStringLiteral("dir"));
-    const QCommandLineOption playlist(QStringLiteral("playlist"),
-                                      QStringLiteral("Export this playlist (repeatable)."),
-                                      QStringLiteral("name"));
-    const QCommandLineOption includeMaster(QStringLiteral("include-master"),
-                                           QStringLiteral("Also export the master playlist."));
-    const QCommandLineOption m3u(QStringLiteral("m3u"), QStringLiteral("Use the .m3u extension."));
-    const QCommandLineOption noExtinf(QStringLiteral("no-extinf"),
-                                      QStringLiteral("Write bare paths without #EXTINF lines."));
-    const QCommandLineOption prefix(
-        QStringLiteral("prefix"), QStringLiteral("Put TEXT in front of every path."), QStringLiteral("text"));
-    const QCommandLineOption noSanitize(QStringLiteral("no-sanitize"),
-                                        QStringLiteral("Keep file names as the playlists are named."));
-    const QCommandLineOption noClean(QStringLiteral("no-clean"), QStringLiteral("Leave dot files in place."));
-    const QCommandLineOption dryRun(QStringLiteral("dry-run"),
-                                    QStringLiteral("Say what would be written; change nothing."));
-    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON."));
+    const auto flag = [](const char *name) { return QCommandLineOption(QString::fromLatin1(name)); };
+    const auto valued = [](const char *name) {
+        return QCommandLineOption(QString::fromLatin1(name), QString(), QStringLiteral("value"));
+    };
+    const QCommandLineOption dest = valued("dest"), playlist = valued("playlist"), prefix = valued("prefix");
+    const QCommandLineOption includeMaster = flag("include-master"), m3u = flag("m3u"),
+                             noExtinf = flag("no-extinf"), noSanitize = flag("no-sanitize"),
+                             noClean = flag("no-clean"), force = flag("force"), dryRun = flag("dry-run"),
+                             json = flag("json");
     parser.addOptions(
-        {dest, playlist, includeMaster, m3u, noExtinf, prefix, noSanitize, noClean, dryRun, json});
-    if (!parseCommandLine(parser, QStringLiteral("convert"), arguments, 1, output))
-        return exitUsageOrInput;
+        {dest, playlist, includeMaster, m3u, noExtinf, prefix, noSanitize, noClean, force, dryRun, json});
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("convert"), arguments, 1, output))
+        return *stop;
 
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
@@ -159,12 +178,14 @@ int runConvert(const QStringList &arguments, CliOutput &output)
                                         .cleanDotFiles = !parser.isSet(noClean)};
     request.dryRun = parser.isSet(dryRun);
     request.json = parser.isSet(json);
+    request.keepExistingFiles = library->looksTruncated && !parser.isSet(force);
 
-    const QList<ExportItemResult> results =
-        request.dryRun ? plannedResults(request) : exportAll(request, generator, output);
-    const int dotFilesRemoved = (request.options.cleanDotFiles && !request.dryRun)
-                                    ? generator.cleanDotFiles(QUrl::fromLocalFile(request.destination))
-                                    : 0;
+    if (!request.dryRun)
+        warnAboutTheVolume(request.destination, output);
+    const QList<ExportItemResult> results = exportAll(request, generator, output);
+    DotFileCleaner::Report cleaning;
+    if (request.options.cleanDotFiles && !request.dryRun)
+        cleaning = generator.cleanDotFileTree(QUrl::fromLocalFile(request.destination));
     const auto failures = std::count_if(results.cbegin(), results.cend(),
                                         [](const ExportItemResult &r) { return !r.isSuccess; });
 
@@ -174,7 +195,7 @@ int runConvert(const QStringList &arguments, CliOutput &output)
             array.append(exportResultJson(result));
         output.printJson(QJsonDocument(QJsonObject{{QStringLiteral("destination"), request.destination},
                                                    {QStringLiteral("results"), array},
-                                                   {QStringLiteral("dotFilesRemoved"), dotFilesRemoved}}));
+                                                   {QStringLiteral("dotFilesRemoved"), cleaning.removed}}));
     } else {
         for (const ExportItemResult &result : results)
             output.out() << outcomeLine(result, request.dryRun) << '\n';
@@ -186,11 +207,16 @@ int runConvert(const QStringList &arguments, CliOutput &output)
                          << " playlist(s) written to " << request.destination;
             if (failures > 0)
                 output.out() << ", " << failures << " failed";
-            output.out() << "; " << dotFilesRemoved << " dot file(s) removed\n";
+            if (cleaning.skippedOutsideIPod)
+                output.out() << "; dot files left alone: the folder is not on an iPod\n";
+            else
+                output.out() << "; " << cleaning.removed << " dot file(s) removed\n";
         }
         output.out().flush();
     }
-    return failures > 0 ? exitSomeFailed : exitSuccess;
+    if (cleaning.failed > 0)
+        output.fail(QStringLiteral("%1 dot file(s) could not be removed").arg(cleaning.failed), exitSomeFailed);
+    return failures > 0 || cleaning.failed > 0 ? exitSomeFailed : exitSuccess;
 }
 
 } // namespace kestrune::cli

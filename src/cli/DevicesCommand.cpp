@@ -35,8 +35,8 @@ int runDevices(const QStringList &arguments, CliOutput &output)
         QStringLiteral("dir"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON."));
     parser.addOptions({volumes, json});
-    if (!parseCommandLine(parser, QStringLiteral("devices"), arguments, 0, output))
-        return exitUsageOrInput;
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("devices"), arguments, 0, output))
+        return *stop;
     if (parser.isSet(volumes) && !QFileInfo(parser.value(volumes)).isDir())
         return output.fail(QStringLiteral("'%1' is not a folder").arg(parser.value(volumes)));
 

@@ -31,8 +31,8 @@ int runFiles(const QStringList &arguments, CliOutput &output)
     QCommandLineParser parser;
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON."));
     parser.addOption(json);
-    if (!parseCommandLine(parser, QStringLiteral("files"), arguments, 1, output))
-        return exitUsageOrInput;
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("files"), arguments, 1, output))
+        return *stop;
     const std::optional<QString> folder = existingFolder(parser, output);
     if (!folder)
         return exitUsageOrInput;
@@ -63,14 +63,22 @@ int runFiles(const QStringList &arguments, CliOutput &output)
 int runClean(const QStringList &arguments, CliOutput &output)
 {
     QCommandLineParser parser;
-    if (!parseCommandLine(parser, QStringLiteral("clean"), arguments, 1, output))
-        return exitUsageOrInput;
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("clean"), arguments, 1, output))
+        return *stop;
     const std::optional<QString> folder = existingFolder(parser, output);
     if (!folder)
         return exitUsageOrInput;
-    const int removed = RockboxGenerator().cleanDotFiles(QUrl::fromLocalFile(*folder));
-    output.out() << removed << " dot file(s) removed from " << *folder << '\n';
+    const DotFileCleaner::Report report = RockboxGenerator().cleanDotFileTree(QUrl::fromLocalFile(*folder));
+    if (report.skippedOutsideIPod) {
+        return output.fail(QStringLiteral("clean: '%1' is not on an iPod (neither it nor a folder above it "
+                                          "holds iPod_Control); nothing removed")
+                               .arg(*folder));
+    }
+    output.out() << report.removed << " dot file(s) removed from " << *folder << '\n';
     output.out().flush();
+    if (report.failed > 0)
+        return output.fail(QStringLiteral("clean: %1 dot file(s) could not be removed").arg(report.failed),
+                           exitSomeFailed);
     return exitSuccess;
 }
 

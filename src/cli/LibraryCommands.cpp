@@ -31,8 +31,8 @@ int runPlaylists(const QStringList &arguments, CliOutput &output)
 {
     QCommandLineParser parser;
     parser.addOption(jsonOption);
-    if (!parseCommandLine(parser, QStringLiteral("playlists"), arguments, 1, output))
-        return exitUsageOrInput;
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("playlists"), arguments, 1, output))
+        return *stop;
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
         return exitUsageOrInput;
@@ -78,8 +78,8 @@ int runTracks(const QStringList &arguments, CliOutput &output)
                                             QStringLiteral("Only this playlist's tracks, in its order."),
                                             QStringLiteral("name"));
     parser.addOptions({jsonOption, playlistOption});
-    if (!parseCommandLine(parser, QStringLiteral("tracks"), arguments, 1, output))
-        return exitUsageOrInput;
+    if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("tracks"), arguments, 1, output))
+        return *stop;
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
         return exitUsageOrInput;

@@ -40,14 +40,27 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
     }
     if (info.isFile())
         return Source{info.absoluteFilePath(), playlistsFolderOfDatabase(info)};
-    output.fail(QStringLiteral("'%1' does not exist").arg(argument));
+    output.fail(info.exists() || info.isSymLink()
+                    ? QStringLiteral("'%1' is neither a folder nor a regular file").arg(argument)
+                    : QStringLiteral("'%1' does not exist").arg(argument));
     return std::nullopt;
 }
 
 std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
 {
     try {
-        return ITunesDBParser().parse(QUrl::fromLocalFile(source.databasePath));
+        ParseResult library = ITunesDBParser().parse(
+            QUrl::fromLocalFile(source.databasePath), [&output, percent = -1](qint64 done, qint64 total) mutable {
+                const int now = total > 0 ? int(done * 100 / total) : 100;
+                if (now != percent)
+                    output.progress(QStringLiteral("Reading the database... %1%").arg(percent = now));
+            });
+        output.endProgress();
+        if (library.looksTruncated) {
+            output.warn(QStringLiteral("the database looks truncated (an interrupted sync?): it ends before the "
+                                       "length it declares; what could be read is used"));
+        }
+        return library;
     } catch (const ParseError &error) {
         output.fail(error.errorDescription());
     } catch (const FileSystemError &error) {

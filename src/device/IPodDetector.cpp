@@ -26,18 +26,16 @@ void IPodDetector::startListening()
     }
 }
 
+// Announced on every assignment, an equal value too: choosing the selected device again reloads it, and a
+// scan that finds nothing again still clears what the model shows.
 void IPodDetector::setSelectedDevice(const std::optional<IPodDevice> &device)
 {
-    if (m_selectedDevice == device)
-        return;
     m_selectedDevice = device;
     Q_EMIT selectedDeviceChanged();
 }
 
 void IPodDetector::setScanning(bool scanning)
 {
-    if (m_isScanning == scanning)
-        return;
     m_isScanning = scanning;
     Q_EMIT isScanningChanged();
 }
@@ -57,10 +55,8 @@ void IPodDetector::scanVolumes()
         if (std::optional<IPodDevice> device = inspectLocation(QUrl::fromLocalFile(candidate)))
             devices.append(std::move(*device));
     }
-    const bool listChanged = devices != m_detectedDevices;
     m_detectedDevices = std::move(devices);
-    if (listChanged)
-        Q_EMIT detectedDevicesChanged();
+    Q_EMIT detectedDevicesChanged();
 
     // The selected device stays as it was (old id, old free space) while its folder is still listed.
     const bool selectionStillListed =

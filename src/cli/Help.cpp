@@ -1,0 +1,82 @@
+#include "Help.h"
+
+#include <QStringList>
+
+#include <array>
+
+namespace kestrune::cli {
+
+namespace {
+
+struct CommandHelp {
+    const char *name;
+    const char *synopsis;
+    const char *summary;
+    const char *options; // one "  --option   meaning" line each, or empty
+};
+
+const std::array<CommandHelp, 6> commands{{
+    {"playlists", "playlists SOURCE [--json]",
+     "List the playlists in database order, with the file each matches in SOURCE/Playlists.", ""},
+    {"tracks", "tracks SOURCE [--playlist NAME] [--json]", "List every track, or one playlist's tracks.",
+     "  --playlist NAME     only this playlist's tracks, in its order\n"},
+    {"convert", "convert SOURCE [options]",
+     "Write the playlists as Rockbox playlist files into SOURCE/Playlists, then remove macOS dot files\n"
+     "there when it lies on an iPod.",
+     "  --dest DIR          write into DIR instead of SOURCE/Playlists (its parent must exist)\n"
+     "  --playlist NAME     export this playlist (repeatable; default: every non-master playlist)\n"
+     "  --include-master    also export the master playlist\n"
+     "  --m3u               use the .m3u extension instead of .m3u8\n"
+     "  --no-extinf         write bare paths, without #EXTINF lines\n"
+     "  --prefix TEXT       put TEXT in front of every track path\n"
+     "  --no-sanitize       keep the names as they are (control characters are still refused)\n"
+     "  --no-clean          leave macOS dot files in place afterwards\n"
+     "  --force             overwrite existing playlists even from a database that looks truncated\n"
+     "  --dry-run           say what would be written, change nothing\n"
+     "  --json              print the results as JSON\n"},
+    {"files", "files DIR [--json]", "List the playlist files in a folder, sorted as a file browser sorts them.",
+     ""},
+    {"clean", "clean DIR",
+     "Remove macOS dot files below DIR, which must lie on an iPod (DIR or a folder above it holds\n"
+     "iPod_Control); .rockbox is kept, links are not followed and other mounted volumes not entered.",
+     ""},
+    {"devices", "devices [--volumes DIR] [--json]",
+     "List the iPods among the mounted volumes (or among the entries of DIR).",
+     "  --volumes DIR       look among the entries of DIR instead\n"},
+}};
+
+const char *const preamble = "Usage: kestrune-cli COMMAND [ARGS]\n\n"
+                             "Turns the playlists of an iPod's iTunesDB into Rockbox playlist files.\n"
+                             "SOURCE is an iPod root or backup folder (holding iPod_Control/iTunes/iTunesDB or "
+                             "iTunesSD), or a database file.\n";
+
+const char *const exitStatus =
+    "Exit status: 0 success, 1 something failed (a playlist, a removal), 2 usage error or unreadable database.\n";
+
+} // namespace
+
+QString usageText()
+{
+    QString text = QString::fromUtf8(preamble) + QStringLiteral("\nCommands:\n");
+    for (const CommandHelp &command : commands)
+        text += QStringLiteral("  %1\n").arg(QString::fromUtf8(command.synopsis));
+    text += QStringLiteral("\n'kestrune-cli COMMAND --help' describes a command and its options.\n") +
+            QString::fromUtf8(exitStatus);
+    return text;
+}
+
+std::optional<QString> commandHelpText(const QString &name)
+{
+    for (const CommandHelp &command : commands) {
+        if (name == QLatin1StringView(command.name)) {
+            QString text = QStringLiteral("Usage: kestrune-cli %1\n\n%2\n")
+                               .arg(QString::fromUtf8(command.synopsis), QString::fromUtf8(command.summary));
+            if (*command.options)
+                text += QStringLiteral("\nOptions:\n") + QString::fromUtf8(command.options);
+            return text + u'\n' + QString::fromUtf8(exitStatus);
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace kestrune::cli
