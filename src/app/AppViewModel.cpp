@@ -20,6 +20,7 @@ AppViewModel::AppViewModel(Services services, QObject *parent)
     : QObject(parent), m_detector(std::make_unique<IPodDetector>(std::move(services.detector))),
       m_languageManager(services.languageManager ? services.languageManager : &LocalizationManager::shared()),
       m_folderPicker(std::move(services.folderPicker)), m_fileRevealer(std::move(services.fileRevealer)),
+      m_mountTable(std::move(services.mountTable)),
       m_generator(std::move(services.generator))
 {
     m_successFeedback.setSingleShot(true);
@@ -42,18 +43,16 @@ AppViewModel::AppViewModel(Services services, QObject *parent)
 
 AppViewModel::~AppViewModel() = default;
 
+// Every assignment is announced, an equal value too: observers act on the assignment itself (a device
+// chosen again is loaded again). The list models still announce only the rows that changed.
 template <typename T> void AppViewModel::publish(T &field, T value, void (AppViewModel::*changed)())
 {
-    if (field == value)
-        return;
     field = std::move(value);
     Q_EMIT(this->*changed)();
 }
 
 template <typename T> void AppViewModel::setFilterField(T &field, T value, void (AppViewModel::*changed)())
 {
-    if (field == value)
-        return;
     field = std::move(value);
     refilterPlaylists();
     Q_EMIT(this->*changed)();
@@ -76,14 +75,11 @@ void AppViewModel::setStatusMessage(std::optional<QString> message)
 
 void AppViewModel::setTracks(TrackTable tracks)
 {
-    // Tables are compared only when their sizes agree; a fresh load after clear() never compares.
     publish(m_tracks, std::move(tracks), &AppViewModel::tracksChanged);
 }
 
 void AppViewModel::setPlaylists(QList<Playlist> playlists)
 {
-    if (m_playlists == playlists)
-        return;
     m_playlists = std::move(playlists);
     refilterPlaylists();
     Q_EMIT playlistsChanged();
@@ -91,8 +87,6 @@ void AppViewModel::setPlaylists(QList<Playlist> playlists)
 
 void AppViewModel::setSelectedPlaylistIds(QSet<QString> ids)
 {
-    if (m_selectedPlaylistIds == ids)
-        return;
     QSet<QString> touched = m_selectedPlaylistIds;
     touched.unite(ids);
     touched.subtract(QSet<QString>(m_selectedPlaylistIds).intersect(ids));
@@ -103,8 +97,6 @@ void AppViewModel::setSelectedPlaylistIds(QSet<QString> ids)
 
 void AppViewModel::setActiveDetailPlaylist(std::optional<Playlist> playlist)
 {
-    if (m_activeDetailPlaylist == playlist)
-        return;
     QSet<QString> touched;
     if (m_activeDetailPlaylist)
         touched.insert(m_activeDetailPlaylist->id);
@@ -120,10 +112,13 @@ void AppViewModel::setIsLoading(bool loading)
     publish(m_isLoading, loading, &AppViewModel::isLoadingChanged);
 }
 
+void AppViewModel::setLoadingPercent(int percent)
+{
+    publish(m_loadingPercent, percent, &AppViewModel::loadingPercentChanged);
+}
+
 void AppViewModel::setCurrentDirectoryItems(QList<RockboxFileItem> items)
 {
-    if (m_currentDirectoryItems == items)
-        return;
     m_currentDirectoryItems = std::move(items);
     QList<FileItemRow> rows;
     rows.reserve(m_currentDirectoryItems.size());
@@ -135,8 +130,6 @@ void AppViewModel::setCurrentDirectoryItems(QList<RockboxFileItem> items)
 
 void AppViewModel::setSelectedFileItemIds(QSet<QString> ids)
 {
-    if (m_selectedFileItemIds == ids)
-        return;
     QSet<QString> touched = m_selectedFileItemIds;
     touched.unite(ids);
     m_selectedFileItemIds = std::move(ids);
@@ -151,8 +144,6 @@ void AppViewModel::setExistingRockboxFiles(QList<ExistingRockboxFile> files)
 
 void AppViewModel::setPendingActions(QList<PendingFileAction> actions)
 {
-    if (m_pendingActions == actions)
-        return;
     m_pendingActions = std::move(actions);
     QList<PendingActionRow> rows;
     for (const PendingFileAction &action : std::as_const(m_pendingActions))
@@ -222,19 +213,31 @@ void AppViewModel::followSelectedDevice()
 void AppViewModel::loadDatabase(const IPodDevice &device)
 {
     setIsLoading(true);
+    setLoadingPercent(0);
     setErrorMessage(std::nullopt);
     clear();
     ConversionOptions options = m_options;
     options.destinationFolder = device.playlistsURL; // the device's own folder replaces an earlier choice
     setOptions(options);
 
+    const QPointer<QObject> self(this);
     runInBackground(
         this,
-        [parser = m_parser, generator = m_generator, database = device.itunesDBURL,
+        [self, parser = m_parser, generator = m_generator, database = device.itunesDBURL,
          folder = device.playlistsURL] {
             LoadOutcome outcome;
+            int shownPercent = 0;
+            const auto reading = [&self, &shownPercent](qint64 done, qint64 total) {
+                const int percent = total > 0 ? int(done * 100 / total) : 100;
+                if (percent == shownPercent)
+                    return;
+                shownPercent = percent;
+                postToGuiThread(self, [self, percent] {
+                    static_cast<AppViewModel *>(self.data())->setLoadingPercent(percent);
+                });
+            };
             try {
-                outcome.library = parser.parse(database);
+                outcome.library = parser.parse(database, reading);
             } catch (const FileSystemError &error) {
                 outcome.error = error.errorDescription;
                 return outcome;

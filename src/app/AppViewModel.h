@@ -9,6 +9,7 @@
 #include "PlaylistSearchIndex.h"
 #include "core/ITunesDBParser.h"
 #include "device/IPodDetector.h"
+#include "device/MountTable.h"
 #include "export/ConversionOptions.h"
 #include "export/ExportItemResult.h"
 #include "export/RockboxGenerator.h"
@@ -38,6 +39,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(std::optional<kestrune::Playlist> activeDetailPlaylist READ activeDetailPlaylist NOTIFY
                    activeDetailPlaylistChanged)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    // How much of the database has been read, 0 to 100, while loading: a large one takes seconds over USB.
+    Q_PROPERTY(int loadingPercent READ loadingPercent NOTIFY loadingPercentChanged)
     // None is the empty text for the views; C++ callers see the optional through errorMessage().
     Q_PROPERTY(
         QString errorMessage READ errorMessageText WRITE setErrorMessageText NOTIFY errorMessageChanged)
@@ -81,6 +84,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(int pendingActionCount READ pendingActionCount NOTIFY pendingActionsChanged)
     Q_PROPERTY(int conversionPercent READ conversionPercent NOTIFY conversionProgressChanged)
     Q_PROPERTY(QString destinationFolderPath READ destinationFolderPath NOTIFY optionsChanged)
+    // The export folder lies on a FAT volume mounted without UTF-8 names: accents would be stored wrongly.
+    Q_PROPERTY(bool destinationLacksUtf8Names READ destinationLacksUtf8Names NOTIFY optionsChanged)
     Q_PROPERTY(bool extendedM3U READ extendedM3U WRITE setExtendedM3U NOTIFY optionsChanged)
     Q_PROPERTY(bool useM3U8Extension READ useM3U8Extension WRITE setUseM3U8Extension NOTIFY optionsChanged)
     Q_PROPERTY(bool sanitizeFilenames READ sanitizeFilenames WRITE setSanitizeFilenames NOTIFY optionsChanged)
@@ -101,6 +106,7 @@ public:
         std::shared_ptr<FolderPicker> folderPicker;     // none: the pickers do nothing
         std::shared_ptr<FileRevealer> fileRevealer;
         RockboxGenerator generator;
+        std::function<QList<MountEntry>()> mountTable = systemMountTable;
     };
 
     explicit AppViewModel(Services services, QObject *parent = nullptr);
@@ -116,6 +122,7 @@ public:
         return m_activeDetailPlaylist;
     }
     [[nodiscard]] bool isLoading() const { return m_isLoading; }
+    [[nodiscard]] int loadingPercent() const { return m_loadingPercent; }
     [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
     [[nodiscard]] const std::optional<QString> &statusMessage() const { return m_statusMessage; }
     [[nodiscard]] const QList<RockboxFileItem> &currentDirectoryItems() const
@@ -208,6 +215,7 @@ public:
     [[nodiscard]] int pendingActionCount() const { return int(m_pendingActions.size()); }
     [[nodiscard]] int conversionPercent() const { return int(m_conversionProgress * 100); }
     [[nodiscard]] QString destinationFolderPath() const;
+    [[nodiscard]] bool destinationLacksUtf8Names() const;
     [[nodiscard]] bool extendedM3U() const { return m_options.extendedM3U; }
     [[nodiscard]] bool useM3U8Extension() const { return m_options.useM3U8Extension; }
     [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
@@ -229,6 +237,7 @@ Q_SIGNALS:
     void selectedPlaylistIdsChanged();
     void activeDetailPlaylistChanged();
     void isLoadingChanged();
+    void loadingPercentChanged();
     void errorMessageChanged();
     void statusMessageChanged();
     void currentDirectoryItemsChanged();
@@ -275,6 +284,7 @@ private:
     void setSelectedPlaylistIds(QSet<QString> ids);
     void setActiveDetailPlaylist(std::optional<Playlist> playlist);
     void setIsLoading(bool loading);
+    void setLoadingPercent(int percent);
     void setCurrentDirectoryItems(QList<RockboxFileItem> items);
     void setSelectedFileItemIds(QSet<QString> ids);
     void setExistingRockboxFiles(QList<ExistingRockboxFile> files);
@@ -297,6 +307,7 @@ private:
     LocalizationManager *m_languageManager;
     std::shared_ptr<FolderPicker> m_folderPicker;
     std::shared_ptr<FileRevealer> m_fileRevealer;
+    std::function<QList<MountEntry>()> m_mountTable;
     const ITunesDBParser m_parser{};
     const RockboxGenerator m_generator;
 
@@ -305,6 +316,7 @@ private:
     QSet<QString> m_selectedPlaylistIds;
     std::optional<Playlist> m_activeDetailPlaylist;
     bool m_isLoading = false;
+    int m_loadingPercent = 0;
     std::optional<QString> m_errorMessage;
     std::optional<QString> m_statusMessage;
     QList<RockboxFileItem> m_currentDirectoryItems;

@@ -73,6 +73,15 @@ QString AppViewModel::destinationFolderPath() const
                                        : QString();
 }
 
+bool AppViewModel::destinationLacksUtf8Names() const
+{
+    const std::optional<QUrl> folder = playlistsBaseFolderURL();
+    if (!folder || !m_mountTable)
+        return false;
+    const std::optional<MountEntry> mount = mountHolding(folder->toLocalFile(), m_mountTable());
+    return mount && storesNamesWithoutUtf8(*mount);
+}
+
 QVariantList AppViewModel::exportResultSummaries() const
 {
     QVariantList summaries;

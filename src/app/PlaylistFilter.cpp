@@ -7,16 +7,24 @@ bool PlaylistFilter::passesListFilters(const Playlist &playlist) const
     return !(hideMasterPlaylist && playlist.isMaster) && !(onlySmartPlaylists && !playlist.isSmart);
 }
 
+QString searchForm(const QString &text)
+{
+    // Canonically equivalent texts ("Café" typed, "Cafe" + U+0301 stored) compare equal once composed.
+    return text.normalized(QString::NormalizationForm_C);
+}
+
 bool PlaylistFilter::accepts(const Playlist &playlist) const
 {
     if (!passesListFilters(playlist))
         return false;
-    if (searchText.isEmpty() || playlist.name.contains(searchText, Qt::CaseInsensitive))
+    const QString needle = searchForm(searchText);
+    const auto found = [&needle](const QString &text) {
+        return searchForm(text).contains(needle, Qt::CaseInsensitive);
+    };
+    if (needle.isEmpty() || found(playlist.name))
         return true;
-    return std::any_of(playlist.tracks.cbegin(), playlist.tracks.cend(), [this](const Track &track) {
-        return track.title.contains(searchText, Qt::CaseInsensitive) ||
-               track.artist.contains(searchText, Qt::CaseInsensitive);
-    });
+    return std::any_of(playlist.tracks.cbegin(), playlist.tracks.cend(),
+                       [&found](const Track &track) { return found(track.title) || found(track.artist); });
 }
 
 QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists) const

@@ -8,6 +8,9 @@
 
 namespace kestrune {
 
+// A text as the search compares it: canonically composed, so that equivalent texts match.
+QString searchForm(const QString &text);
+
 // Which playlists the playlists pane shows, in database order.
 struct PlaylistFilter {
     QString searchText; // as typed, not trimmed

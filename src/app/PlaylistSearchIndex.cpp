@@ -1,8 +1,20 @@
 #include "PlaylistSearchIndex.h"
 
+#include "PlaylistFilter.h"
+
 #include <QHash>
 
 namespace kestrune {
+
+namespace {
+
+// Composed after folding: folding can decompose ("ǰ" folds to "j" and a combining caron).
+QString folded(const QString &text)
+{
+    return searchForm(text.toCaseFolded());
+}
+
+} // namespace
 
 PlaylistSearchIndex::PlaylistSearchIndex(const QList<Playlist> &playlists)
 {
@@ -11,15 +23,15 @@ PlaylistSearchIndex::PlaylistSearchIndex(const QList<Playlist> &playlists)
     for (const Playlist &playlist : playlists) {
         const int playlistNumber = int(m_playlistIds.size());
         m_playlistIds.append(playlist.id);
-        m_foldedNames.append(playlist.name.toCaseFolded());
+        m_foldedNames.append(folded(playlist.name));
         m_durations.append(playlist.formattedTotalDuration());
         std::vector<int> &members = m_tracksOfPlaylist.emplace_back();
         for (const Track &track : playlist.tracks) {
             auto slot = indexOfTrack.find(track.id);
             if (slot == indexOfTrack.end()) {
                 slot = indexOfTrack.insert(track.id, int(m_foldedTitles.size()));
-                m_foldedTitles.push_back(track.title.toCaseFolded());
-                m_foldedArtists.push_back(track.artist.toCaseFolded());
+                m_foldedTitles.push_back(folded(track.title));
+                m_foldedArtists.push_back(folded(track.artist));
                 lastSeenIn.push_back(-1);
             }
             if (lastSeenIn[size_t(*slot)] != playlistNumber) {
@@ -46,14 +58,14 @@ std::vector<bool> PlaylistSearchIndex::matches(const QString &searchText) const
     std::vector<bool> result(size_t(m_playlistIds.size()), true);
     if (searchText.isEmpty())
         return result;
-    const QString folded = searchText.toCaseFolded();
+    const QString needle = folded(searchText);
     std::vector<bool> trackMatches(m_foldedTitles.size());
     for (size_t t = 0; t < m_foldedTitles.size(); ++t)
-        trackMatches[t] = m_foldedTitles[t].contains(folded) || m_foldedArtists[t].contains(folded);
+        trackMatches[t] = m_foldedTitles[t].contains(needle) || m_foldedArtists[t].contains(needle);
     for (size_t p = 0; p < result.size(); ++p) {
         const std::vector<int> &members = m_tracksOfPlaylist[p];
         result[p] =
-            m_foldedNames.at(qsizetype(p)).contains(folded) ||
+            m_foldedNames.at(qsizetype(p)).contains(needle) ||
             std::any_of(members.cbegin(), members.cend(), [&](int t) { return trackMatches[size_t(t)]; });
     }
     return result;

@@ -1,5 +1,6 @@
 #include "InterfaceTexts.h"
 
+#include "ExtraTexts.h"
 #include "LocalizationManager.h"
 
 namespace kestrune {
@@ -67,11 +68,15 @@ void InterfaceTexts::setLanguage(const QString &code)
 QString InterfaceTexts::format(const QString &languageCode, const QString &key, int count,
                                const QString &text) const
 {
+    const AppLanguage language = appLanguageFromRawValue(languageCode).value_or(AppLanguage::english);
+    if (const std::optional<QString> extra = ExtraTexts::text(key, language)) {
+        QString filled = extra->contains(QLatin1StringView("%1")) ? extra->arg(count) : *extra;
+        return filled.contains(QLatin1StringView("%2")) ? filled.arg(text) : filled;
+    }
     const std::optional<L10n::KeyId> id = L10n::keyFromName(key);
     if (!id || !L10n::hasPayload(*id))
         return key;
-    return payloadKey(*id, count, text)
-        .translation(appLanguageFromRawValue(languageCode).value_or(AppLanguage::english));
+    return payloadKey(*id, count, text).translation(language);
 }
 
 void InterfaceTexts::rebuild()
@@ -82,6 +87,8 @@ void InterfaceTexts::rebuild()
         const auto id = L10n::KeyId(value);
         m_texts.insert(L10n::keyName(id), L10n::Key(id).translation(language));
     }
+    for (const QString &name : ExtraTexts::names())
+        m_texts.insert(name, *ExtraTexts::text(name, language));
 }
 
 } // namespace kestrune

@@ -27,7 +27,7 @@ public:
     // Switches the interface language ("en" or "it"); other codes are ignored.
     Q_INVOKABLE void setLanguage(const QString &code);
 
-    // A text with payload by key name ("selectAll"). A view passes languageCode so that its binding is
+    // A text with payload by key name ("selectAll"), or one of ExtraTexts with its number and text. A view passes languageCode so that its binding is
     // evaluated again when the language changes. An unknown or plain key gives the key's own name.
     Q_INVOKABLE QString format(const QString &languageCode, const QString &key, int count,
                                const QString &text = QString()) const;

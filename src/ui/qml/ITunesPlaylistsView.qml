@@ -139,6 +139,14 @@ Item {
                     font.family: Theme.fontFamily
                     font.pixelSize: Theme.bodyText
                 }
+                Text {
+                    objectName: "loadingPercentLabel"
+                    Layout.alignment: Qt.AlignHCenter
+                    text: Texts.format(Texts.languageCode, "loadingPercent", pane.viewModel.loadingPercent)
+                    color: Theme.secondaryText
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.smallText
+                }
             }
             ColumnLayout {
                 objectName: "itunesEmptyState"
@@ -188,6 +196,13 @@ Item {
                     viewModel: pane.viewModel
                 }
             }
+        }
+
+        NoticeBanner {
+            objectName: "utf8Notice"
+            Layout.fillWidth: true
+            visible: pane.viewModel.destinationLacksUtf8Names
+            text: Texts.texts.volumeWithoutUtf8
         }
 
         ConvertButton {
