@@ -1,0 +1,260 @@
+// kestrune-cli on a real FAT32 volume: the vfat driver of a user-mode Linux kernel, with faults switched
+// in through device-mapper while a run writes (see uml-run.sh and guest-init.sh beside this file).
+#include "core/ITunesDBParser.h"
+#include "dbwriter/ITunesDBWriter.h"
+#include "export/RockboxGenerator.h"
+#include "support/TestFiles.h"
+
+#include <QCryptographicHash>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace kestrune;
+using namespace kestrune::dbwriter;
+using namespace kestrune::testing;
+
+namespace {
+
+// What a guest run left behind.
+struct Outcome {
+    int status = -1; // of the scenario's `run cli` command
+    QString out;
+    QString err;
+    QString fsck;
+    int fsckStatus = -1;
+    QMap<QString, QByteArray> files; // every file on the volume afterwards: path -> SHA-1 ("unreadable")
+    QString scenarioOut;
+};
+
+QByteArray sha1(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex();
+}
+
+QString oldContent(int n)
+{
+    return QStringLiteral("#EXTM3U\n# the old playlist %1\n").arg(n);
+}
+
+// An iPod tree on the host: the database of `playlists`, and an old file for each playlist named in `old`.
+class Device {
+public:
+    explicit Device(const QList<PlaylistItem> &playlists, int oldFiles = 0)
+    {
+        ITunesDBWriter writer;
+        for (quint32 id = 1; id <= 20; ++id)
+            writer.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Band",
+                                            QStringLiteral(":iPod_Control:Music:F%1:S%2.mp3").arg(id % 50, 2, 10, QChar(u'0')).arg(id)));
+        for (const PlaylistItem &playlist : playlists)
+            writer.addPlaylist(playlist);
+        m_database = writer.build();
+        writeFile(tree("iPod_Control/iTunes/iTunesDB"), m_database);
+        for (int n = 0; n < oldFiles; ++n)
+            writeFile(tree(QStringLiteral("Playlists/%1.m3u8").arg(playlists.at(n).name.value_or(QString()))), oldContent(n).toUtf8());
+    }
+
+    static QList<PlaylistItem> numbered(int count)
+    {
+        QList<PlaylistItem> playlists;
+        for (int n = 0; n < count; ++n) {
+            QList<quint32> ids;
+            for (int t = 0; t < 10 + n % 10; ++t)
+                ids.append(quint32(1 + (n + t) % 20));
+            playlists.append(PlaylistItem::of(QStringLiteral("Playlist %1").arg(n, 4, 10, QChar(u'0')), ids));
+        }
+        return playlists;
+    }
+
+    [[nodiscard]] QString tree(const QString &relative = {}) const { return m_job.filePath("tree/" + relative); }
+
+    // The SHA-1 of the file each playlist gets from a run, by path on the volume.
+    [[nodiscard]] QMap<QString, QByteArray> newFiles() const
+    {
+        QMap<QString, QByteArray> files;
+        const RockboxGenerator generator;
+        for (const Playlist &playlist : ITunesDBParser().parse(m_database).playlists) {
+            files.insert("Playlists/" + RockboxGenerator::playlistFilename(playlist, {}),
+                         sha1(generator.generateM3UContent(playlist, {}).toUtf8()));
+        }
+        return files;
+    }
+
+    // Boots the guest on a fresh volume holding this tree, runs `scenario` (after the tree is copied
+    // on) and reads what it left. Skips the test, with the reason, where the user-mode kernel cannot run.
+    Outcome run(const QString &scenario, const QString &mountOptions = {})
+    {
+        writeFile(m_job.filePath("scenario.sh"),
+                  ("CLI=" KESTRUNE_CLI_PATH "\npopulate \"$JOB/tree\"\n" + scenario).toUtf8());
+        if (!mountOptions.isEmpty())
+            writeFile(m_job.filePath("mount-options"), mountOptions.toUtf8());
+        QProcess uml;
+        uml.setProcessChannelMode(QProcess::SeparateChannels);
+        uml.start("bash", {KESTRUNE_SOURCE_DIR "/tests/fat32/uml-run.sh", m_job.path()});
+        uml.waitForFinished(-1);
+        m_skipReason = uml.exitCode() == 77 ? QString::fromUtf8(uml.readAllStandardError()).trimmed() : QString();
+        if (!m_skipReason.isEmpty())
+            return {};
+        if (uml.exitCode() != 0)
+            qFatal("the guest failed: %s", uml.readAllStandardError().constData());
+        Outcome outcome{.status = readFile(m_job.filePath("cli.status")).trimmed().toInt(),
+                        .out = QString::fromUtf8(readFile(m_job.filePath("cli.out"))),
+                        .err = QString::fromUtf8(readFile(m_job.filePath("cli.err"))),
+                        .fsck = QString::fromUtf8(readFile(m_job.filePath("fsck.out"))),
+                        .fsckStatus = readFile(m_job.filePath("fsck.status")).trimmed().toInt(),
+                        .scenarioOut = QString::fromUtf8(readFile(m_job.filePath("scenario.out")))};
+        for (const QByteArray &line : readFile(m_job.filePath("manifest.txt")).split('\n')) {
+            const QList<QByteArray> fields = line.split(' ');
+            if (fields.size() >= 3)
+                outcome.files.insert(QString::fromUtf8(line.mid(fields[0].size() + fields[1].size() + 2)), fields[0]);
+        }
+        return outcome;
+    }
+
+    [[nodiscard]] const QString &skipReason() const { return m_skipReason; }
+
+private:
+    QTemporaryDir m_job;
+    QByteArray m_database;
+    QString m_skipReason;
+};
+
+#define RUN_OR_SKIP(device, ...)                                                                                  \
+    (device).run(__VA_ARGS__);                                                                                     \
+    if (!(device).skipReason().isEmpty())                                                                          \
+        QSKIP(qPrintable((device).skipReason()));
+
+// What the run reported is true: a playlist it calls written holds its whole new text on the device; any
+// other holds either that or its old bytes, and the disk check cut nothing of either. The exit status
+// says whether anything failed.
+void verifyReportIsTrue(const Outcome &outcome, const Device &device, int playlists)
+{
+    const QMap<QString, QByteArray> fresh = device.newFiles();
+    for (int n = 0; n < playlists; ++n) {
+        const QString name = QStringLiteral("Playlist %1.m3u8").arg(n, 4, 10, QChar(u'0'));
+        const QString path = "Playlists/" + name;
+        const QByteArray found = outcome.files.value(path);
+        const bool reportedWritten = outcome.out.contains("updated " + name) || outcome.out.contains("wrote   " + name);
+        QVERIFY2(found == fresh.value(path) || (!reportedWritten && found == sha1(oldContent(n).toUtf8())),
+                 qPrintable(path + ": " + found));
+        QVERIFY2(!outcome.fsck.contains("/" + path), qPrintable(outcome.fsck));
+    }
+    QCOMPARE(outcome.status, outcome.out.contains("FAILED") ? 1 : 0);
+}
+
+} // namespace
+
+class TestFat32 : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void deviceRefusingWritesReportsEveryFailure();
+    void interruptedRunLeavesOldOrNewFiles_data();
+    void interruptedRunLeavesOldOrNewFiles();
+    void badSectorInTheDatabaseIsAReadError();
+    void fullVolumeSaysSoAndKeepsTheOldFile();
+    void awkwardNamesAreWrittenAsTheDeviceTakesThem();
+    void rockboxFolderIsSparedInAnyCase();
+};
+
+void TestFat32::deviceRefusingWritesReportsEveryFailure()
+{
+    Device device(Device::numbered(60), 60);
+    const Outcome outcome = RUN_OR_SKIP(device, "refuse_writes\nrun cli \"$CLI\" convert \"$IPOD\"\n");
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.out.contains("0 of 60 playlist(s) written"), qPrintable(outcome.out));
+    QVERIFY(outcome.out.contains("Input/output error"));
+    verifyReportIsTrue(outcome, device, 60);
+}
+
+void TestFat32::interruptedRunLeavesOldOrNewFiles_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<bool>("mustFail"); // false where the fault may come after the run's last flush
+    const QString wait = "run cli \"$CLI\" convert \"$IPOD\" &\n";
+    const QString renamed = "renamed() { local l2; { read -r; read -r l2; } <\"$IPOD/Playlists/Playlist 0300.m3u8\"; "
+                            "[ \"$l2\" != \"# the old playlist 300\" ]; }\n";
+    // The cable goes while the files are written, then while they are renamed into place.
+    QTest::addRow("cable pulled while writing")
+        << "warm_cache\narm pull_cable\n" + wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nfire\nwait\n" << true;
+    QTest::addRow("cable pulled while renaming")
+        << renamed + "warm_cache\nslow_device 2\narm pull_cable\n" + wait + "wait_until 60 renamed\nfire\nwait\n"
+        << false;
+    // The file allocation table refuses writes while the data area takes them: the new files' clusters
+    // reach the device, but not the table that says they are used.
+    QTest::addRow("allocation table refused")
+        << "data=$(fsck.vfat -n -v $DEV | sed -n 's/^Data area starts at byte [0-9]* (sector \\([0-9]*\\)).*/\\1/p')\n"
+           "dm_table \"0 $data flakey $RAW 0 0 1 1 error_writes\" \"$data $((SECTORS - data)) linear $RAW $data\"\n"
+           "run cli \"$CLI\" convert \"$IPOD\"\n" << true;
+    // The volume is unmounted under the run: nothing may land on the bare mount point instead.
+    QTest::addRow("unmounted while writing")
+        << wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nlazy_unmount\nwait\n"
+           "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << true;
+    QTest::addRow("unmounted while renaming")
+        << renamed + wait + "wait_until 60 renamed\nlazy_unmount\nwait\n"
+           "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << false;
+}
+
+void TestFat32::interruptedRunLeavesOldOrNewFiles()
+{
+    QFETCH(QString, scenario);
+    QFETCH(bool, mustFail);
+    Device device(Device::numbered(600), 600);
+    const Outcome outcome = RUN_OR_SKIP(device, scenario);
+    verifyReportIsTrue(outcome, device, 600);
+    if (mustFail)
+        QCOMPARE(outcome.status, 1);
+    if (outcome.scenarioOut.contains("bare mount point"))
+        QVERIFY2(outcome.scenarioOut.startsWith("0 files"), qPrintable(outcome.scenarioOut));
+}
+
+void TestFat32::badSectorInTheDatabaseIsAReadError()
+{
+    Device device(Device::numbered(3));
+    const Outcome outcome =
+        RUN_OR_SKIP(device, "bad_sectors iPod_Control/iTunes/iTunesDB\nrun cli \"$CLI\" convert \"$IPOD\"\n");
+    QCOMPARE(outcome.status, 2);
+    QCOMPARE(outcome.err.trimmed(), "kestrune-cli: Errore durante la lettura del database: Input/output error");
+}
+
+void TestFat32::fullVolumeSaysSoAndKeepsTheOldFile()
+{
+    Device device(Device::numbered(60), 60);
+    const Outcome outcome = RUN_OR_SKIP(device, "fill_volume 0\nrun cli \"$CLI\" convert \"$IPOD\"\n");
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.out.contains("No space left on the device."), qPrintable(outcome.out.left(400)));
+    verifyReportIsTrue(outcome, device, 60);
+}
+
+void TestFat32::awkwardNamesAreWrittenAsTheDeviceTakesThem()
+{
+    const QStringList names{"tab\there", "one\x01", "del\x7f", "CON", "nul.txt", ".hidden", "...And Justice for All",
+                            QString(300, u'x'), QString(200, QChar(0xE9)), "Caffè ☕", "Rock: Live?"};
+    const QStringList expected{"tab_here", "one_", "del_", "CON_", "nul_.txt", "_hidden", "_..And Justice for All",
+                               QString(243, u'x'), QString(121, QChar(0xE9)), "Caffè ☕", "Rock_ Live_"};
+    QList<PlaylistItem> playlists;
+    for (const QString &name : names)
+        playlists.append(PlaylistItem::of(name, {1, 2}));
+    Device device(playlists);
+    const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" convert \"$IPOD\"\n");
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(outcome.fsckStatus == 0, qPrintable(outcome.fsck)); // no name the check renames or refuses
+    for (const QString &name : expected)
+        QVERIFY2(outcome.files.contains("Playlists/" + name + ".m3u8"), qPrintable(name + "\n" + outcome.files.keys().join(u'\n')));
+}
+
+void TestFat32::rockboxFolderIsSparedInAnyCase()
+{
+    Device device(Device::numbered(2));
+    writeFile(device.tree(".Rockbox/config.cfg"), "volume: 10\n");
+    writeFile(device.tree("Playlists/._junk.m3u8"), "junk");
+    writeFile(device.tree(".Trashes/trash.txt"), "junk");
+    const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" clean \"$IPOD\"\n");
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.files.contains(".Rockbox/config.cfg"));
+    QVERIFY(!outcome.files.contains("Playlists/._junk.m3u8"));
+    QVERIFY(!outcome.files.contains(".Trashes/trash.txt"));
+}
+
+QTEST_GUILESS_MAIN(TestFat32)
+#include "tst_fat32.moc"
