@@ -1,5 +1,7 @@
 #include "VolumeCandidates.h"
 
+#include "MountTable.h"
+
 #include <QDir>
 #include <QStorageInfo>
 
@@ -22,6 +24,16 @@ CandidateSource systemCandidateSource()
 {
 #if defined(Q_OS_MACOS)
     return entriesOfFolder(QStringLiteral("/Volumes"));
+#elif defined(Q_OS_LINUX)
+    // The volumes a person sees, as the mount watcher follows them: no pseudo or system file systems.
+    return []() -> std::optional<QStringList> {
+        QStringList roots;
+        for (const MountEntry &mount : systemMountTable()) {
+            if (isUserVisibleVolume(mount))
+                roots.append(mount.mountPoint);
+        }
+        return roots;
+    };
 #else
     return []() -> std::optional<QStringList> {
         QStringList roots;

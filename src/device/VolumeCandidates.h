@@ -14,7 +14,8 @@ using CandidateSource = std::function<std::optional<QStringList>()>;
 // The entries of a folder, hidden ones left out: "/Volumes" on macOS, or any folder in tests and tools.
 CandidateSource entriesOfFolder(const QString &folder);
 
-// macOS: the entries of "/Volumes". Elsewhere: the root paths of the mounted volumes.
+// macOS: the entries of "/Volumes". Linux: the volumes a person sees (see isUserVisibleVolume).
+// Elsewhere: the root paths of the mounted volumes.
 CandidateSource systemCandidateSource();
 
 } // namespace kestrune
