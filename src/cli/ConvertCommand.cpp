@@ -1,7 +1,9 @@
 // `convert`: the conversion run without a window.
 #include "Commands.h"
 #include "JsonFormat.h"
+#include "PlayerReport.h"
 #include "SourceDatabase.h"
+#include "core/PlaylistFolders.h"
 #include "device/MountTable.h"
 #include "export/ExistingFileMatching.h"
 #include "export/RockboxGenerator.h"
@@ -139,15 +141,20 @@ int runConvert(const QStringList &arguments, CliOutput &output)
     const auto valued = [](const char *name) {
         return QCommandLineOption(QString::fromLatin1(name), QString(), QStringLiteral("value"));
     };
-    const QCommandLineOption dest = valued("dest"), playlist = valued("playlist"), prefix = valued("prefix");
+    const QCommandLineOption dest = valued("dest"), playlist = valued("playlist"), prefix = valued("prefix"),
+                             folders = valued("folders");
     const QCommandLineOption includeMaster = flag("include-master"), m3u = flag("m3u"),
                              noExtinf = flag("no-extinf"), noSanitize = flag("no-sanitize"),
                              noClean = flag("no-clean"), force = flag("force"), dryRun = flag("dry-run"),
-                             json = flag("json");
-    parser.addOptions(
-        {dest, playlist, includeMaster, m3u, noExtinf, prefix, noSanitize, noClean, force, dryRun, json});
+                             json = flag("json"), splitLong = flag("split-long"), onTheGo = flag("on-the-go");
+    parser.addOptions({dest, playlist, includeMaster, m3u, noExtinf, prefix, noSanitize, noClean, force, dryRun,
+                       json, splitLong, onTheGo, folders});
     if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("convert"), arguments, 1, output))
         return *stop;
+    if (parser.isSet(folders) && parser.value(folders) != QLatin1StringView("flatten"))
+        return output.fail(QStringLiteral("convert: --folders takes 'flatten', not '%1' (see 'kestrune-cli "
+                                          "convert --help')")
+                               .arg(parser.value(folders)));
 
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
@@ -162,11 +169,18 @@ int runConvert(const QStringList &arguments, CliOutput &output)
         return exitUsageOrInput;
 
     const RockboxGenerator generator;
+    if (parser.isSet(onTheGo))
+        library->playlists += onTheGoPlaylists(*source, *library, output);
+    if (parser.isSet(folders)) // the player's playlists menu shows no sub-folders
+        library->playlists = flattenedFolders(library->playlists);
     const std::optional<QList<Playlist>> chosen =
         choosePlaylists(library->playlists, parser.values(playlist), parser.isSet(includeMaster), output);
     if (!chosen)
         return exitUsageOrInput;
-    request.playlists = *chosen;
+    Player player = playerOf(*source);
+    for (const Playlist &each : *chosen)
+        request.playlists += parser.isSet(splitLong) ? splitToLimit(each, player.rockbox.playlistLimit)
+                                                     : QList<Playlist>{each};
     attachExistingFiles(request.playlists,
                         generator.scanExistingPlaylists(QUrl::fromLocalFile(request.destination)));
     request.options = ConversionOptions{.destinationFolder = QUrl::fromLocalFile(request.destination),
@@ -188,14 +202,18 @@ int runConvert(const QStringList &arguments, CliOutput &output)
         cleaning = generator.cleanDotFileTree(QUrl::fromLocalFile(request.destination));
     const auto failures = std::count_if(results.cbegin(), results.cend(),
                                         [](const ExportItemResult &r) { return !r.isSuccess; });
+    const QList<PlaylistWarning> warnings = warningsFor(request.playlists, request.options, player);
 
     if (request.json) {
         QJsonArray array;
         for (const ExportItemResult &result : results)
             array.append(exportResultJson(result));
-        output.printJson(QJsonDocument(QJsonObject{{QStringLiteral("destination"), request.destination},
-                                                   {QStringLiteral("results"), array},
-                                                   {QStringLiteral("dotFilesRemoved"), cleaning.removed}}));
+        QJsonObject report{{QStringLiteral("destination"), request.destination},
+                           {QStringLiteral("results"), array},
+                           {QStringLiteral("dotFilesRemoved"), cleaning.removed}};
+        if (!warnings.isEmpty())
+            report.insert(QStringLiteral("warnings"), warningsJson(warnings));
+        output.printJson(QJsonDocument(report));
     } else {
         for (const ExportItemResult &result : results)
             output.out() << outcomeLine(result, request.dryRun) << '\n';
@@ -212,6 +230,7 @@ int runConvert(const QStringList &arguments, CliOutput &output)
             else
                 output.out() << "; " << cleaning.removed << " dot file(s) removed\n";
         }
+        printWarnings(warnings, output);
         output.out().flush();
     }
     if (cleaning.failed > 0)

@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "TextTable.h"
 #include "device/IPodDetector.h"
+#include "device/RockboxPlayer.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -15,6 +16,14 @@ namespace {
 QJsonValue jsonSize(const std::optional<qint64> &bytes)
 {
     return bytes ? QJsonValue(*bytes) : QJsonValue(QJsonValue::Null);
+}
+
+QString playerText(const RockboxPlayer &player)
+{
+    return QStringLiteral("%1, %2 entries%3")
+        .arg(player.target.value_or(QStringLiteral("unknown")))
+        .arg(player.playlistLimit)
+        .arg(player.limitSource == RockboxPlayer::LimitSource::assumed ? QStringLiteral(" (assumed)") : QString());
 }
 
 QString spaceText(const IPodDevice &device)
@@ -49,12 +58,16 @@ int runDevices(const QStringList &arguments, CliOutput &output)
     if (parser.isSet(json)) {
         QJsonArray array;
         for (const IPodDevice &device : devices) {
+            const RockboxPlayer player = readRockboxPlayer(device.mountURL.toLocalFile());
             array.append(QJsonObject{{QStringLiteral("name"), device.name},
                                      {QStringLiteral("mountPath"), device.mountURL.toLocalFile()},
                                      {QStringLiteral("database"), device.itunesDBURL.toLocalFile()},
                                      {QStringLiteral("playlistsFolder"), device.playlistsURL.toLocalFile()},
                                      {QStringLiteral("totalDiskSpace"), jsonSize(device.totalDiskSpace)},
-                                     {QStringLiteral("freeDiskSpace"), jsonSize(device.freeDiskSpace)}});
+                                     {QStringLiteral("freeDiskSpace"), jsonSize(device.freeDiskSpace)},
+                                     {QStringLiteral("rockboxTarget"),
+                                      player.target ? QJsonValue(*player.target) : QJsonValue(QJsonValue::Null)},
+                                     {QStringLiteral("playlistLimit"), player.playlistLimit}});
         }
         output.printJson(QJsonDocument(QJsonObject{{QStringLiteral("devices"), array}}));
         return exitSuccess;
@@ -64,10 +77,11 @@ int runDevices(const QStringList &arguments, CliOutput &output)
         return exitSuccess;
     }
     TextTable table({QStringLiteral("Name"), QStringLiteral("Mounted at"), QStringLiteral("Database"),
-                     QStringLiteral("Playlists folder"), QStringLiteral("Space")});
+                     QStringLiteral("Playlists folder"), QStringLiteral("Space"), QStringLiteral("Rockbox")});
     for (const IPodDevice &device : devices) {
         table.addRow({device.name, device.mountURL.toLocalFile(), device.itunesDBURL.toLocalFile(),
-                      device.playlistsURL.toLocalFile(), spaceText(device)});
+                      device.playlistsURL.toLocalFile(), spaceText(device),
+                      playerText(readRockboxPlayer(device.mountURL.toLocalFile()))});
     }
     table.print(output.out());
     output.out().flush();

@@ -15,9 +15,11 @@ struct CommandHelp {
     const char *options; // one "  --option   meaning" line each, or empty
 };
 
-const std::array<CommandHelp, 6> commands{{
-    {"playlists", "playlists SOURCE [--json]",
-     "List the playlists in database order, with the file each matches in SOURCE/Playlists.", ""},
+const std::array<CommandHelp, 7> commands{{
+    {"playlists", "playlists SOURCE [--on-the-go] [--json]",
+     "List the playlists in database order, with the file each matches in SOURCE/Playlists, their folders,\n"
+     "and warnings about entries the player will not play.",
+     "  --on-the-go         also list the On-The-Go playlists made on the iPod since the last sync\n"},
     {"tracks", "tracks SOURCE [--playlist NAME] [--json]", "List every track, or one playlist's tracks.",
      "  --playlist NAME     only this playlist's tracks, in its order\n"},
     {"convert", "convert SOURCE [options]",
@@ -32,6 +34,9 @@ const std::array<CommandHelp, 6> commands{{
      "  --no-sanitize       keep the names as they are (control characters are still refused)\n"
      "  --no-clean          leave macOS dot files in place afterwards\n"
      "  --force             overwrite existing playlists even from a database that looks truncated\n"
+     "  --split-long        write a playlist longer than the player keeps as \"Name (1 of 3)\", ...\n"
+     "  --folders flatten   skip folder playlists and name the others \"Folder - Child\"\n"
+     "  --on-the-go         also export the On-The-Go playlists made on the iPod\n"
      "  --dry-run           say what would be written, change nothing\n"
      "  --json              print the results as JSON\n"},
     {"files", "files DIR [--json]", "List the playlist files in a folder, sorted as a file browser sorts them.",
@@ -39,6 +44,11 @@ const std::array<CommandHelp, 6> commands{{
     {"clean", "clean DIR",
      "Remove macOS dot files below DIR, which must lie on an iPod (DIR or a folder above it holds\n"
      "iPod_Control); .rockbox is kept, links are not followed and other mounted volumes not entered.",
+     ""},
+    {"check", "check SOURCE [--json]",
+     "Report how the device's playlist files will play: entries whose file is missing, entries too long\n"
+     "for the player, entries past its playlist limit; also library playlists without a file, macOS dot\n"
+     "files and a FAT volume mounted without UTF-8 names. Exit 1 when some entry will not play.",
      ""},
     {"devices", "devices [--volumes DIR] [--json]",
      "List the iPods among the mounted volumes (or among the entries of DIR).",

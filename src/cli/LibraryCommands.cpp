@@ -3,6 +3,8 @@
 #include "JsonFormat.h"
 #include "SourceDatabase.h"
 #include "TextTable.h"
+#include "PlayerReport.h"
+#include "core/PlaylistFolders.h"
 #include "export/ExistingFileMatching.h"
 #include "export/RockboxGenerator.h"
 
@@ -15,13 +17,17 @@ namespace {
 
 const QCommandLineOption jsonOption(QStringLiteral("json"), QStringLiteral("Print JSON."));
 
-QString kindOf(const Playlist &playlist)
+QString kindOf(const Playlist &playlist, bool onTheGo)
 {
     QStringList kinds;
     if (playlist.isMaster)
         kinds << QStringLiteral("master");
     if (playlist.isSmart)
         kinds << QStringLiteral("smart");
+    if (playlist.isFolder)
+        kinds << QStringLiteral("folder");
+    if (onTheGo)
+        kinds << QStringLiteral("on-the-go");
     return kinds.isEmpty() ? QStringLiteral("-") : kinds.join(QStringLiteral(", "));
 }
 
@@ -30,7 +36,8 @@ QString kindOf(const Playlist &playlist)
 int runPlaylists(const QStringList &arguments, CliOutput &output)
 {
     QCommandLineParser parser;
-    parser.addOption(jsonOption);
+    const QCommandLineOption onTheGo(QStringLiteral("on-the-go"));
+    parser.addOptions({jsonOption, onTheGo});
     if (const std::optional<int> stop = parseCommandLine(parser, QStringLiteral("playlists"), arguments, 1, output))
         return *stop;
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
@@ -39,34 +46,63 @@ int runPlaylists(const QStringList &arguments, CliOutput &output)
     std::optional<ParseResult> library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
+    const qsizetype databasePlaylists = library->playlists.size();
+    if (parser.isSet(onTheGo))
+        library->playlists += onTheGoPlaylists(*source, *library, output);
     if (source->playlistsFolder) {
         const RockboxGenerator generator;
         attachExistingFiles(library->playlists,
                             generator.scanExistingPlaylists(QUrl::fromLocalFile(*source->playlistsFolder)));
     }
+    // Folder columns and keys appear only for a library that has folders, so other output stays as it was.
+    const bool hasFolders = std::any_of(library->playlists.cbegin(), library->playlists.cend(),
+                                        [](const Playlist &playlist) { return playlist.isFolder; });
+    const QList<QStringList> folders = folderPaths(library->playlists);
+    Player player = playerOf(*source);
+    QList<Playlist> ordinary = library->playlists;
+    ordinary.removeIf([](const Playlist &playlist) { return playlist.isMaster || playlist.isFolder; });
+    const QList<PlaylistWarning> warnings = warningsFor(ordinary, ConversionOptions{}, player);
 
     if (parser.isSet(jsonOption)) {
         QJsonArray playlists;
-        for (const Playlist &playlist : std::as_const(library->playlists))
-            playlists.append(playlistJson(playlist));
-        output.printJson(QJsonDocument(QJsonObject{{QStringLiteral("database"), source->databasePath},
-                                                   {QStringLiteral("trackCount"), library->tracks.size()},
-                                                   {QStringLiteral("playlists"), playlists}}));
+        for (qsizetype i = 0; i < library->playlists.size(); ++i) {
+            QJsonObject object = playlistJson(library->playlists.at(i));
+            if (hasFolders) {
+                object.insert(QStringLiteral("isFolder"), library->playlists.at(i).isFolder);
+                object.insert(QStringLiteral("folderPath"), folders.at(i).join(QStringLiteral(" / ")));
+            }
+            if (i >= databasePlaylists)
+                object.insert(QStringLiteral("isOnTheGo"), true);
+            playlists.append(object);
+        }
+        QJsonObject json{{QStringLiteral("database"), source->databasePath},
+                         {QStringLiteral("trackCount"), library->tracks.size()},
+                         {QStringLiteral("playlists"), playlists}};
+        if (!warnings.isEmpty())
+            json.insert(QStringLiteral("warnings"), warningsJson(warnings));
+        output.printJson(QJsonDocument(json));
         return exitSuccess;
     }
 
     output.out() << "Database: " << source->databasePath << '\n'
                  << library->tracks.size() << " tracks, " << library->playlists.size() << " playlists\n\n";
-    TextTable table({QStringLiteral("Playlist"), QStringLiteral("Tracks"), QStringLiteral("Duration"),
-                     QStringLiteral("Kind"), QStringLiteral("On Rockbox")},
-                    {false, true, true, false, false});
-    for (const Playlist &playlist : std::as_const(library->playlists)) {
-        table.addRow(
-            {playlist.name, QString::number(playlist.trackCount()), playlist.formattedTotalDuration(),
-             kindOf(playlist),
-             playlist.existingRockboxFile ? playlist.existingRockboxFile->filename : QStringLiteral("-")});
+    QStringList header{QStringLiteral("Playlist"), QStringLiteral("Tracks"), QStringLiteral("Duration"),
+                       QStringLiteral("Kind"), QStringLiteral("On Rockbox")};
+    if (hasFolders)
+        header.insert(1, QStringLiteral("Folder"));
+    TextTable table(header, hasFolders ? QList<bool>{false, false, true, true, false, false}
+                                       : QList<bool>{false, true, true, false, false});
+    for (qsizetype i = 0; i < library->playlists.size(); ++i) {
+        const Playlist &playlist = library->playlists.at(i);
+        QStringList row{playlist.name, QString::number(playlist.trackCount()), playlist.formattedTotalDuration(),
+                        kindOf(playlist, i >= databasePlaylists),
+                        playlist.existingRockboxFile ? playlist.existingRockboxFile->filename : QStringLiteral("-")};
+        if (hasFolders)
+            row.insert(1, folders.at(i).isEmpty() ? QStringLiteral("-") : folders.at(i).join(QStringLiteral(" / ")));
+        table.addRow(row);
     }
     table.print(output.out());
+    printWarnings(warnings, output);
     output.out().flush();
     return exitSuccess;
 }

@@ -2,6 +2,7 @@
 
 #include "core/FileSystemError.h"
 #include "core/ITunesDBParser.h"
+#include "core/OnTheGoPlaylists.h"
 #include "core/ParseError.h"
 #include "device/IPodLocation.h"
 
@@ -12,14 +13,14 @@ namespace kestrune::cli {
 
 namespace {
 
-// A database file inside an iPod tree (ROOT/iPod_Control/iTunes/FILE) still has ROOT/Playlists.
-std::optional<QString> playlistsFolderOfDatabase(const QFileInfo &database)
+// A database file inside an iPod tree (ROOT/iPod_Control/iTunes/FILE) still belongs to ROOT.
+std::optional<QString> rootOfDatabase(const QFileInfo &database)
 {
     QDir dir = database.absoluteDir();
     if (dir.dirName() != QLatin1StringView("iTunes") || !dir.cdUp() ||
         dir.dirName().compare(QLatin1StringView("iPod_Control"), Qt::CaseInsensitive) != 0 || !dir.cdUp())
         return std::nullopt;
-    return dir.filePath(QStringLiteral("Playlists"));
+    return dir.absolutePath();
 }
 
 } // namespace
@@ -36,10 +37,14 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
                             .arg(argument));
             return std::nullopt;
         }
-        return Source{device->itunesDBURL.toLocalFile(), device->playlistsURL.toLocalFile()};
+        return Source{device->itunesDBURL.toLocalFile(), device->playlistsURL.toLocalFile(),
+                      QDir(info.absoluteFilePath()).absolutePath()};
     }
-    if (info.isFile())
-        return Source{info.absoluteFilePath(), playlistsFolderOfDatabase(info)};
+    if (info.isFile()) {
+        const std::optional<QString> root = rootOfDatabase(info);
+        return Source{info.absoluteFilePath(),
+                      root ? std::optional(*root + QStringLiteral("/Playlists")) : std::nullopt, root};
+    }
     output.fail(info.exists() || info.isSymLink()
                     ? QStringLiteral("'%1' is neither a folder nor a regular file").arg(argument)
                     : QStringLiteral("'%1' does not exist").arg(argument));
@@ -67,6 +72,14 @@ std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
         output.fail(error.errorDescription);
     }
     return std::nullopt;
+}
+
+QList<Playlist> onTheGoPlaylists(const Source &source, const ParseResult &library, CliOutput &output)
+{
+    const OnTheGoPlaylists found = readOnTheGoPlaylists(QFileInfo(source.databasePath).absolutePath(), library);
+    for (const QString &problem : found.problems)
+        output.warn(problem);
+    return found.playlists;
 }
 
 } // namespace kestrune::cli

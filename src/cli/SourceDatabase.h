@@ -14,6 +14,8 @@ struct Source {
     QString databasePath;
     // The playlists folder beside the database: ROOT/Playlists when the source is an iPod tree.
     std::optional<QString> playlistsFolder;
+    // ROOT itself, where the music and the player's settings are.
+    std::optional<QString> deviceRoot;
 };
 
 // Resolves SOURCE the way the device detector recognises an iPod folder. Reports a one-line error and
@@ -22,5 +24,8 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output);
 
 // Parses the source's database, reporting a read or parse failure as one line.
 std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output);
+
+// The On-The-Go playlists beside the source's database; files that do not fit it are reported as warnings.
+QList<Playlist> onTheGoPlaylists(const Source &source, const ParseResult &library, CliOutput &output);
 
 } // namespace kestrune::cli

@@ -31,6 +31,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("playlists"), runPlaylists}, {QStringLiteral("tracks"), runTracks},
         {QStringLiteral("convert"), runConvert},     {QStringLiteral("files"), runFiles},
         {QStringLiteral("clean"), runClean},         {QStringLiteral("devices"), runDevices},
+        {QStringLiteral("check"), runCheck},
     };
     const auto found = commands.find(command);
     if (found == commands.end()) {

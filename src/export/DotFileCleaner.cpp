@@ -88,6 +88,14 @@ void DotFileCleaner::runSystemCleaner(const QString &root) const
         cleaner.waitForFinished(-1);
 }
 
+QStringList DotFileCleaner::find(const QString &root)
+{
+    QStringList found;
+    if (QFileInfo::exists(root) && !isRockboxFolderName(QFileInfo(root).fileName()) && enclosingIPodRoot(root))
+        collectDotEntries(root, fileSystemOf(root), found);
+    return found;
+}
+
 DotFileCleaner::Report DotFileCleaner::clean(const QString &root) const
 {
     Report report;
@@ -99,9 +107,7 @@ DotFileCleaner::Report DotFileCleaner::clean(const QString &root) const
     }
     runSystemCleaner(root);
 
-    QStringList found;
-    collectDotEntries(root, fileSystemOf(root), found);
-    for (const QString &path : std::as_const(found)) {
+    for (const QString &path : find(root)) {
         switch (removeEntry(path)) {
         case Removal::removed:
             ++report.removed;

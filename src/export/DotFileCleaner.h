@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace kestrune {
 
@@ -25,6 +26,8 @@ public:
     explicit DotFileCleaner(QString systemCleanerPath);
 
     [[nodiscard]] Report clean(const QString &root) const;
+    // What clean() would remove (its own pass), removing nothing; empty for a root on no iPod.
+    [[nodiscard]] static QStringList find(const QString &root);
 
 private:
     void runSystemCleaner(const QString &root) const;

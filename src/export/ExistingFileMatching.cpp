@@ -2,6 +2,9 @@
 
 #include "RockboxGenerator.h"
 
+#include <QRegularExpression>
+#include <QSet>
+
 namespace kestrune {
 
 namespace {
@@ -46,6 +49,29 @@ std::optional<ExistingRockboxFile> matchingExistingFile(const QString &playlistN
 {
     const std::optional<qsizetype> index = matchIndex(playlistName, keysOf(files));
     return index ? std::optional(files.at(*index)) : std::nullopt;
+}
+
+QSet<QString> playlistMatchKeys(const QStringList &playlistNames)
+{
+    QSet<QString> keys;
+    for (const QString &name : playlistNames)
+        keys.insert(comparable(RockboxGenerator::sanitizeFilename(name)));
+    return keys;
+}
+
+bool belongsToAny(const ExistingRockboxFile &file, const QSet<QString> &keys)
+{
+    static const QRegularExpression part(QStringLiteral(" \\(\\d+ of \\d+\\)$"));
+    const QString filename = comparable(file.filename);
+    for (const QString &base : {comparable(file.baseName), comparable(file.baseName).remove(part)}) {
+        if (keys.contains(base))
+            return true;
+    }
+    for (const QLatin1StringView extension : {QLatin1StringView(".m3u8"), QLatin1StringView(".m3u")}) {
+        if (filename.endsWith(extension) && keys.contains(filename.chopped(extension.size())))
+            return true;
+    }
+    return false;
 }
 
 void attachExistingFiles(QList<Playlist> &playlists, const QList<ExistingRockboxFile> &files)

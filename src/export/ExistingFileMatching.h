@@ -4,6 +4,8 @@
 #include "core/Playlist.h"
 
 #include <QList>
+#include <QSet>
+#include <QStringList>
 
 #include <optional>
 
@@ -18,5 +20,10 @@ std::optional<ExistingRockboxFile> matchingExistingFile(const QString &playlistN
 
 // Sets (or clears) every playlist's existingRockboxFile by the rule above.
 void attachExistingFiles(QList<Playlist> &playlists, const QList<ExistingRockboxFile> &files);
+
+// Whether a file belongs to one of some playlists by the rule above, a part written by splitting
+// ("Name (2 of 3)") included. The playlists' keys are prepared once for a whole folder.
+QSet<QString> playlistMatchKeys(const QStringList &playlistNames);
+bool belongsToAny(const ExistingRockboxFile &file, const QSet<QString> &playlistKeys);
 
 } // namespace kestrune

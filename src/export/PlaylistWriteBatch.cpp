@@ -221,13 +221,16 @@ QList<std::optional<QString>> PlaylistWriteBatch::commit()
         // clusters that were never written, and a check of the disk then cuts it to nothing.
         if (const int error = p.flushVolume())
             failAll(QStringLiteral("The data could not be flushed to the device: ") + describeSystemError(error));
-        else if (const std::optional<QString> gone = p.checkStillInPlace())
-            failAll(*gone);
     }
     QList<Platform::File *> renamed;
     for (Platform::File &file : p.files) {
         if (file.error)
             continue;
+        if (const std::optional<QString> gone = p.checkStillInPlace()) { // unmounted while renaming
+            file.error = *gone;
+            p.removeTemporary(file);
+            continue;
+        }
         if (::renameat(p.descriptor, encoded(file.temporaryPath).constData(), p.descriptor,
                        encoded(file.relativePath).constData()) != 0) {
             file.error = renameFailure(file.relativePath, errno);
