@@ -1,5 +1,5 @@
 // kestrune-bench: the performance figures on a generated library, each printed beside its target.
-// Usage: kestrune-bench [--tracks N] [--playlists N] [--runs N] [--data DIR]
+// Usage: kestrune-bench [--tracks N] [--playlists N] [--runs N] [--data DIR] [--print-library]
 #include "KestruneApp.h"
 #include "LibraryGenerator.h"
 #include "Measure.h"
@@ -285,13 +285,19 @@ int main(int argc, char *argv[])
     const QCommandLineOption data(QStringLiteral("data"),
                                   QStringLiteral("Where generated libraries are kept."),
                                   QStringLiteral("dir"), QStringLiteral(KESTRUNE_BENCH_DATA_DIR));
-    parser.addOptions({tracks, playlists, runs, data});
+    const QCommandLineOption printLibrary(QStringLiteral("print-library"),
+                                          QStringLiteral("Only make the library and print its path."));
+    parser.addOptions({tracks, playlists, runs, data, printLibrary});
     parser.process(app);
 
     const LibraryShape shape{.tracks = parser.value(tracks).toInt(),
                              .playlists = parser.value(playlists).toInt()};
     const int runCount = std::max(1, parser.value(runs).toInt());
     const QString library = libraryFile(parser.value(data), shape);
+    if (parser.isSet(printLibrary)) {
+        std::printf("%s\n", qPrintable(library));
+        return 0;
+    }
     std::printf("%-46s %-34s %-30s %s\n", "figure", "median (min-max)", "target", "");
 
     parseFigures(library, runCount);

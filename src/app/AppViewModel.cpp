@@ -219,6 +219,7 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
     ConversionOptions options = m_options;
     options.destinationFolder = device.playlistsURL; // the device's own folder replaces an earlier choice
     setOptions(options);
+    m_loadedDevice = device.mountURL;
 
     const QPointer<QObject> self(this);
     runInBackground(
@@ -282,6 +283,7 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         setActiveDetailPlaylist(m_playlists.isEmpty() ? std::nullopt : std::optional(m_playlists.first()));
     setIsLoading(false);
     buildSearchIndex();
+    checkPlaylistsForPlayer();
 }
 
 void AppViewModel::buildSearchIndex()
@@ -319,6 +321,9 @@ void AppViewModel::clear()
     setExistingRockboxFiles({});
     setPendingActions({});
     setErrorMessage(std::nullopt);
+    m_warnings.clear();
+    m_player = {};
+    Q_EMIT playerChanged();
     releaseInBackground(std::move(oldTracks), std::move(oldPlaylists), std::move(oldActive),
                         std::move(oldIndex));
 }
@@ -344,6 +349,7 @@ void AppViewModel::refilterPlaylists()
     for (const Playlist &playlist : std::as_const(m_filteredPlaylists)) {
         PlaylistRow row =
             PlaylistRow::of(playlist, m_selectedPlaylistIds.contains(playlist.id), playlist.id == activeId);
+        row.warnings = m_warnings.value(playlist.id);
         if (indexed) {
             while (m_playlists.at(position).id != playlist.id)
                 ++position;

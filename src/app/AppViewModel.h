@@ -10,6 +10,7 @@
 #include "core/ITunesDBParser.h"
 #include "device/IPodDetector.h"
 #include "device/MountTable.h"
+#include "device/RockboxPlayer.h"
 #include "export/ConversionOptions.h"
 #include "export/ExportItemResult.h"
 #include "export/RockboxGenerator.h"
@@ -84,6 +85,9 @@ class AppViewModel : public QObject {
     Q_PROPERTY(int pendingActionCount READ pendingActionCount NOTIFY pendingActionsChanged)
     Q_PROPERTY(int conversionPercent READ conversionPercent NOTIFY conversionProgressChanged)
     Q_PROPERTY(QString destinationFolderPath READ destinationFolderPath NOTIFY optionsChanged)
+    // What the loaded device's Rockbox keeps of a playlist: its target ("" when unknown) and entry limit.
+    Q_PROPERTY(QString rockboxTarget READ rockboxTarget NOTIFY playerChanged)
+    Q_PROPERTY(int playlistLimit READ playlistLimit NOTIFY playerChanged)
     // The export folder lies on a FAT volume mounted without UTF-8 names: accents would be stored wrongly.
     Q_PROPERTY(bool destinationLacksUtf8Names READ destinationLacksUtf8Names NOTIFY optionsChanged)
     Q_PROPERTY(bool extendedM3U READ extendedM3U WRITE setExtendedM3U NOTIFY optionsChanged)
@@ -216,6 +220,10 @@ public:
     [[nodiscard]] int conversionPercent() const { return int(m_conversionProgress * 100); }
     [[nodiscard]] QString destinationFolderPath() const;
     [[nodiscard]] bool destinationLacksUtf8Names() const;
+    [[nodiscard]] QString rockboxTarget() const { return m_player.target.value_or(QString()); }
+    [[nodiscard]] int playlistLimit() const { return m_player.playlistLimit; }
+    // What the player will not play of each loaded playlist, by id; filled in the background after a load.
+    [[nodiscard]] const QHash<QString, QList<PlaylistWarning>> &playlistWarnings() const { return m_warnings; }
     [[nodiscard]] bool extendedM3U() const { return m_options.extendedM3U; }
     [[nodiscard]] bool useM3U8Extension() const { return m_options.useM3U8Extension; }
     [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
@@ -259,6 +267,7 @@ Q_SIGNALS:
     void devicesChanged();
     void filteredPlaylistsChanged();
     void fileSelectionChanged();
+    void playerChanged();
 
 private:
     struct LoadOutcome;
@@ -297,6 +306,7 @@ private:
     void followSelectedDevice();
     void applyLoad(LoadOutcome outcome);
     void buildSearchIndex();
+    void checkPlaylistsForPlayer();
     void applyFolderListing(FolderListing listing);
     void finishConversion(QList<ExportItemResult> results);
     void refilterPlaylists();
@@ -339,6 +349,9 @@ private:
 
     QList<Playlist> m_filteredPlaylists;
     PlaylistSearchIndex m_searchIndex; // built with each load, off the GUI thread
+    QUrl m_loadedDevice;               // the root of the device the playlists come from
+    RockboxPlayer m_player;
+    QHash<QString, QList<PlaylistWarning>> m_warnings;
     PlaylistListModel m_playlistRows;
     FileItemListModel m_fileRows;
     PendingActionListModel m_pendingRows;

@@ -43,6 +43,15 @@ QVariant PlaylistListModel::data(const QModelIndex &index, int role) const
         return row.isTicked;
     case IsActiveRole:
         return row.isActive;
+    case WarningsRole: {
+        QVariantList warnings;
+        for (const PlaylistWarning &warning : row.warnings) {
+            warnings.append(QVariantMap{{QStringLiteral("kind"), warningKindName(warning.kind)},
+                                        {QStringLiteral("count"), warning.count},
+                                        {QStringLiteral("limit"), warning.limit}});
+        }
+        return warnings;
+    }
     default:
         return {};
     }
@@ -54,7 +63,8 @@ QHash<int, QByteArray> PlaylistListModel::roleNames() const
             {TrackCountRole, "trackCount"},   {FormattedDurationRole, "formattedDuration"},
             {IsMasterRole, "isMaster"},       {IsSmartRole, "isSmart"},
             {IsOnRockboxRole, "isOnRockbox"}, {ExistingFileNameRole, "existingFileName"},
-            {IsTickedRole, "isTicked"},       {IsActiveRole, "isActive"}};
+            {IsTickedRole, "isTicked"},       {IsActiveRole, "isActive"},
+            {WarningsRole, "warnings"}};
 }
 
 qsizetype PlaylistListModel::rowOf(const QString &playlistId) const

@@ -2,6 +2,7 @@
 
 #include "RowListModel.h"
 #include "core/Playlist.h"
+#include "export/PlaylistWarnings.h"
 
 #include <QHash>
 
@@ -19,6 +20,7 @@ struct PlaylistRow {
     QString existingFileName;
     bool isTicked = false;
     bool isActive = false; // the playlist whose details are shown
+    QList<PlaylistWarning> warnings; // what the player will not play of it, once checked
 
     bool operator==(const PlaylistRow &) const = default;
     [[nodiscard]] const QString &key() const { return id; }
@@ -43,6 +45,7 @@ public:
         ExistingFileNameRole,
         IsTickedRole,
         IsActiveRole,
+        WarningsRole, // [{kind, count, limit}], empty when the player plays it whole
     };
     Q_ENUM(Role)
 
