@@ -138,7 +138,12 @@ QByteArray mhyp(const PlaylistItem &playlist)
         .u32(playlist.entryCount.value_or(quint32(entries.size())))
         .u32(playlist.isMaster ? 1 : 0)
         .u32(0) // timestamp
-        .u64(playlist.dbId);
+        .u64(playlist.dbId)
+        .u32(0)                               // +0x24
+        .u16(quint16(objects.size()))         // +0x28: string objects
+        .u16(playlist.isFolder ? 0x0100 : 0)  // +0x2A
+        .u32(0)                               // +0x2C: sort order
+        .u64(playlist.parentDbId);            // +0x30
     const quint32 total = playlist.totalLength.value_or(playlist.headerLength + lengthOf(body));
     return chunk("mhyp", playlist.headerLength, total, header.data(), body);
 }
@@ -166,6 +171,15 @@ QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength, std::op
     ByteWriter rest; // from offset 12
     rest.u32(1).u32(0x19).u32(sectionCount.value_or(quint32(sections.size())));
     return chunk("mhbd", headerLength, headerLength + lengthOf(body), rest.data(), body);
+}
+
+QByteArray onTheGoFile(const QList<quint32> &indexes, std::optional<quint32> count)
+{
+    ByteWriter writer;
+    writer.bytes("mhpo").u32(20).u32(count.value_or(quint32(indexes.size()))).zeros(8);
+    for (quint32 index : indexes)
+        writer.u32(index);
+    return writer.data();
 }
 
 ITunesDBWriter &ITunesDBWriter::addTrack(TrackItem track)

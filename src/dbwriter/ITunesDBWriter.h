@@ -55,6 +55,8 @@ struct PlaylistItem {
     std::optional<QString> name; // none: no title object at all
     bool isMaster = false;
     quint64 dbId = 0;
+    bool isFolder = false;  // iTunes 7 playlist folders: a flag at +0x2A...
+    quint64 parentDbId = 0; // ...and the parent folder's id at +0x30 in each child
     QList<PlaylistEntry> entries;
     QList<StringObject> extraObjects; // written after the title object, e.g. smart markers
     quint32 headerLength = 0x6C;
@@ -75,6 +77,9 @@ QByteArray mhsd(quint32 type, const QByteArray &body, quint32 headerLength = 0x6
                 std::optional<quint32> totalLength = {});
 QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength = 0x68,
                 std::optional<quint32> sectionCount = {});
+
+// An On-The-Go playlist file ("mhpo"): one index into the track list, in file order, per entry.
+QByteArray onTheGoFile(const QList<quint32> &indexes, std::optional<quint32> count = {});
 
 // A whole database: a track section, then the playlist section (optionally also written as the
 // podcast section, type 3, before it, as iTunes does).

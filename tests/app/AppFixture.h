@@ -58,6 +58,7 @@ struct AppFixture {
     std::shared_ptr<RecordingRevealer> revealer = std::make_shared<RecordingRevealer>();
     std::unique_ptr<LocalizationManager> language;
     std::unique_ptr<AppViewModel> model;
+    QByteArray mountLine; // the mount table the model sees: this one line of mountinfo
 
     AppFixture() { QDir().mkpath(volumes); }
 
@@ -81,7 +82,8 @@ struct AppFixture {
             .languageManager = language.get(),
             .folderPicker = picker,
             .fileRevealer = revealer,
-            .generator = RockboxGenerator(DotFileCleaner(QString()))});
+            .generator = RockboxGenerator(DotFileCleaner(QString())),
+            .mountTable = [this] { return parseMountInfo(mountLine); }});
         model->setSuccessFeedbackDuration(50);
         return *model;
     }

@@ -56,33 +56,16 @@ Playlist bigPlaylist(const QString &name, int tracks)
 
 } // namespace
 
-// The device fills up, turns read-only or goes away; and a full cycle changes only what it should.
+// The device turns read-only or goes away under a run; and a full cycle changes only what it should. (A
+// real FAT32 volume with more faults: tests/fat32.)
 class TestDeviceSafety : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void fullDeviceKeepsTheOldFile();
     void readOnlyDeviceChangesNothing();
     void deviceRemovedDuringRun();
     void fullCycleChangesOnlyExpectedPaths();
 };
-
-void TestDeviceSafety::fullDeviceKeepsTheOldFile()
-{
-    QTemporaryDir dir;
-    TinyVolume volume(dir.filePath("ipod"), "size=64k");
-    REQUIRE_MOUNT(volume);
-    const QString folder = volume.path + "/Playlists";
-    writeFile(folder + "/Big.m3u8", "#EXTM3U\nthe old playlist\n");
-    const QByteArray before = readFile(folder + "/Big.m3u8");
-
-    const ExportItemResult result =
-        RockboxGenerator().exportPlaylist(bigPlaylist("Big", 3000), QUrl::fromLocalFile(folder), {});
-    QVERIFY(!result.isSuccess);
-    QVERIFY2(!result.errorMessage.value_or(QString()).isEmpty(), "the system's reason is reported");
-    QCOMPARE(readFile(folder + "/Big.m3u8"), before);
-    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Big.m3u8"});
-}
 
 void TestDeviceSafety::readOnlyDeviceChangesNothing()
 {
@@ -109,25 +92,19 @@ void TestDeviceSafety::readOnlyDeviceChangesNothing()
 
 void TestDeviceSafety::deviceRemovedDuringRun()
 {
-    // The volume lies in a read-only parent, as /media/USER or /Volumes are for a user: once it is
-    // unmounted, its playlists folder cannot be made again.
     QTemporaryDir dir;
-    TinyVolume parent(dir.filePath("media"), "size=64k");
-    REQUIRE_MOUNT(parent);
-    TinyVolume device(parent.path + "/IPOD", "size=8m");
-    QVERIFY(device.mounted);
-    QVERIFY(parent.remount("ro"));
-
+    TinyVolume device(dir.filePath("IPOD"), "size=8m");
+    REQUIRE_MOUNT(device);
     AppFixture fixture;
-    ITunesDBWriter builder;
+    ITunesDBWriter writer;
     QList<quint32> ids;
     for (quint32 id = 1; id <= 3000; ++id) {
-        builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Artist", QStringLiteral(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
+        writer.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Artist", QStringLiteral(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
         ids.append(id);
     }
     for (int p = 0; p < 30; ++p)
-        builder.addPlaylist(PlaylistItem::of(QStringLiteral("Mix %1").arg(p), ids));
-    fixture.addIPod("HOST", builder.build());
+        writer.addPlaylist(PlaylistItem::of(QStringLiteral("Mix %1").arg(p), ids));
+    fixture.addIPod("HOST", writer.build());
     AppViewModel &model = fixture.startLoaded(30);
     ConversionOptions options = model.options();
     options.destinationFolder = QUrl::fromLocalFile(device.path + "/Playlists");
@@ -143,16 +120,12 @@ void TestDeviceSafety::deviceRemovedDuringRun()
     device.mounted = !removed;
     QVERIFY(removed);
 
-    const QList<ExportItemResult> &results = model.exportResults();
-    QCOMPARE(results.size(), 30);
-    QVERIFY(results.first().isSuccess);
-    QVERIFY2(!results.last().isSuccess, "the playlists after the removal fail");
-    for (qsizetype i = 1; i < results.size(); ++i) {
-        QVERIFY2(results[i - 1].isSuccess || !results[i].isSuccess, "no success after the first failure");
-        QVERIFY(results[i].isSuccess || !results[i].errorMessage.value_or(QString()).isEmpty());
-    }
-    // The model goes on: the folder is gone, and another destination works.
-    QTRY_COMPARE(model.currentDirectoryItems().size(), 0);
+    // Nothing reached the device, and nothing was written on the bare mount point in its place.
+    QCOMPARE(model.exportResults().size(), 30);
+    for (const ExportItemResult &result : model.exportResults())
+        QVERIFY2(result.errorMessage.value_or(QString()).contains("removed or unmounted"), qPrintable(result.errorMessage.value_or("success")));
+    QVERIFY(QDir(device.path).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    // The model goes on: another destination works.
     QTemporaryDir elsewhere;
     options.destinationFolder = QUrl::fromLocalFile(elsewhere.path());
     model.setOptions(options);

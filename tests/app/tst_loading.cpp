@@ -9,31 +9,18 @@ class TestLoading : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initialState();
     void loadTicksOrdinaryPlaylistsAndShowsFirst();
     void loadRulesForSmallDatabases_data();
     void loadRulesForSmallDatabases();
     void existingFilesAreMatched();
-    void missingDatabaseIsReported();
-    void unreadableDatabaseIsReported();
+    void failuresBecomeMessages_data();
+    void failuresBecomeMessages();
+    void everyAssignmentIsAnnounced();
     void deselectionClearsButKeepsStatus();
     void deviceFolderReplacesChosenDestination();
+    void playerWarningsFollowTheLoad();
+    void volumeWithoutUtf8NamesIsFlagged();
 };
-
-void TestLoading::initialState()
-{
-    AppFixture fixture;
-    AppViewModel &model = fixture.start();
-    QVERIFY(model.playlists().isEmpty());
-    QCOMPARE(model.searchText(), QString());
-    QVERIFY(model.hideMasterPlaylist());
-    QVERIFY(!model.onlySmartPlaylists());
-    QCOMPARE(model.options(), ConversionOptions());
-    QCOMPARE(model.conversionProgress(), 0.0);
-    QCOMPARE(model.errorMessage(), std::nullopt);
-    QCOMPARE(model.playlistsBaseFolderURL(), std::nullopt);
-    QCOMPARE(model.languageManager(), fixture.language.get());
-}
 
 void TestLoading::loadTicksOrdinaryPlaylistsAndShowsFirst()
 {
@@ -45,7 +32,7 @@ void TestLoading::loadTicksOrdinaryPlaylistsAndShowsFirst()
     QCOMPARE(model.activeDetailPlaylist()->name, "Road Trip");
     QCOMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(root + "/Playlists")));
     QCOMPARE(fixture.playlist("Road Trip").tracks.size(), 2);
-    QCOMPARE(model.filteredPlaylistsModel()->rowCount(), 3); // the master is hidden
+    QCOMPARE(model.loadingPercent(), 100);
 }
 
 void TestLoading::loadRulesForSmallDatabases_data()
@@ -66,7 +53,7 @@ void TestLoading::loadRulesForSmallDatabases()
     AppFixture fixture;
     fixture.addIPod("IPOD", database);
     AppViewModel &model = fixture.start();
-    QTRY_VERIFY(!model.isLoading() && model.tracks().isEmpty() && model.options().destinationFolder);
+    QTRY_VERIFY(!model.isLoading() && model.options().destinationFolder);
     QTRY_COMPARE(model.playlists().size(), playlists);
     QVERIFY(model.selectedPlaylistIds().isEmpty());
     QCOMPARE(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), active);
@@ -87,29 +74,52 @@ void TestLoading::existingFilesAreMatched()
     QCOMPARE(model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::IsOnRockboxRole).toBool(), true);
 }
 
-void TestLoading::missingDatabaseIsReported()
+void TestLoading::failuresBecomeMessages_data()
+{
+    QTest::addColumn<QByteArray>("database"); // empty: no database file at all
+    QTest::addColumn<QString>("message");
+    QTest::addRow("missing") << QByteArray() << "iTunesDB";
+    QTest::addRow("not a database") << QByteArray(40, 'x')
+                                    << "File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.";
+}
+
+void TestLoading::failuresBecomeMessages()
+{
+    QFETCH(QByteArray, database);
+    QFETCH(QString, message);
+    AppFixture fixture;
+    const QString root = fixture.addIPod("IPOD");
+    AppViewModel &model = fixture.startLoaded();
+    if (database.isEmpty())
+        QFile::remove(root + "/iPod_Control/iTunes/iTunesDB");
+    else
+        writeFile(root + "/iPod_Control/iTunes/iTunesDB", database);
+    model.loadDatabase(*model.detector()->selectedDevice());
+    QTRY_VERIFY(!model.isLoading());
+    QVERIFY2(model.errorMessage().value_or(QString()).contains(message), qPrintable(model.errorMessage().value_or("")));
+    QVERIFY(model.playlists().isEmpty() && model.tracks().isEmpty() && model.currentDirectoryItems().isEmpty());
+}
+
+void TestLoading::everyAssignmentIsAnnounced()
 {
     AppFixture fixture;
     const QString root = fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.start();
-    QTRY_COMPARE(model.playlists().size(), 4);
-    QFile::remove(root + "/iPod_Control/iTunes/iTunesDB");
-    model.loadDatabase(*model.detector()->selectedDevice());
-    QTRY_VERIFY(!model.isLoading());
-    QVERIFY(model.errorMessage()->contains("iTunesDB"));
-    QVERIFY(model.playlists().isEmpty());
-    QVERIFY(model.tracks().isEmpty());
+    AppViewModel &model = fixture.startLoaded();
+    model.deselectAllPlaylists();
+    // Choosing the device that is already selected loads it again, ticks included.
+    model.selectDevice(model.selectedDeviceIndex());
+    QTRY_COMPARE(model.tickedPlaylistCount(), 3);
+    // A rescan that finds no device clears what a device left, an earlier message too.
+    model.setErrorMessage(QStringLiteral("stale"));
+    QDir(root).removeRecursively();
+    model.rescanDevices();
+    QTRY_VERIFY(model.playlists().isEmpty());
     QVERIFY(model.currentDirectoryItems().isEmpty());
-}
-
-void TestLoading::unreadableDatabaseIsReported()
-{
-    AppFixture fixture;
-    fixture.addIPod("IPOD", QByteArray(40, 'x'));
-    AppViewModel &model = fixture.start();
-    QTRY_COMPARE(model.errorMessage(),
-                 std::optional<QString>("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta."));
-    QVERIFY(!model.isLoading());
+    QCOMPARE(model.errorMessage(), std::nullopt);
+    fixture.settle();
+    QSignalSpy cleared(&model, &AppViewModel::playlistsChanged);
+    model.rescanDevices(); // none again: still announced, still cleared
+    QTRY_COMPARE(cleared.count(), 1);
 }
 
 void TestLoading::deselectionClearsButKeepsStatus()
@@ -118,14 +128,10 @@ void TestLoading::deselectionClearsButKeepsStatus()
     fixture.addIPod("IPOD");
     AppViewModel &model = fixture.startLoaded();
     model.applyPendingChanges(); // sets the status message
-    QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
     model.setSearchText("road");
-    QSignalSpy playlistsChanged(&model, &AppViewModel::playlistsChanged);
     model.detector()->setSelectedDevice(std::nullopt);
-    QTRY_COMPARE(playlistsChanged.count(), 1);
-    QVERIFY(model.playlists().isEmpty());
+    QTRY_VERIFY(model.playlists().isEmpty());
     QVERIFY(model.selectedPlaylistIds().isEmpty());
-    QVERIFY(model.selectedFileItemIds().isEmpty());
     QCOMPARE(model.activeDetailPlaylist(), std::nullopt);
     QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
     QCOMPARE(model.searchText(), "road");
@@ -144,6 +150,33 @@ void TestLoading::deviceFolderReplacesChosenDestination()
     const QString b = fixture.addIPod("B");
     model.detector()->setSelectedDevice(model.detector()->inspectLocation(QUrl::fromLocalFile(b)));
     QTRY_COMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(b + "/Playlists")));
+}
+
+void TestLoading::playerWarningsFollowTheLoad()
+{
+    AppFixture fixture;
+    const QString root = fixture.addIPod("IPOD");
+    writeFile(root + "/.rockbox/rockbox-info.txt", "Target: ipod6g\n");
+    writeFile(root + "/iPod_Control/Music/F00/A.mp3", "music"); // Road Trip's B.mp3 is missing
+    AppViewModel &model = fixture.startLoaded();
+    QTRY_COMPARE(model.rockboxTarget(), "ipod6g");
+    QCOMPARE(model.playlistLimit(), 10000);
+    const QList<PlaylistWarning> warnings = model.playlistWarnings().value(fixture.playlist("Road Trip").id);
+    QCOMPARE(warnings, (QList<PlaylistWarning>{{"Road Trip", PlaylistWarning::Kind::missingFiles, 1, 0}}));
+    const QVariantList shown = model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::WarningsRole).toList();
+    QCOMPARE(shown.size(), 1);
+    QCOMPARE(shown.first().toMap().value("kind").toString(), "missingFiles");
+}
+
+void TestLoading::volumeWithoutUtf8NamesIsFlagged()
+{
+    AppFixture fixture;
+    const QString root = fixture.addIPod("IPOD");
+    fixture.mountLine = "36 25 8:17 / " + root.toUtf8() + " rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1";
+    AppViewModel &model = fixture.startLoaded();
+    QVERIFY(model.destinationLacksUtf8Names());
+    fixture.mountLine += ",utf8";
+    QVERIFY(!model.destinationLacksUtf8Names());
 }
 
 QTEST_GUILESS_MAIN(TestLoading)
