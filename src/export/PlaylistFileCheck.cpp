@@ -2,6 +2,7 @@
 
 #include "PlaylistWarnings.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -26,7 +27,7 @@ QString resolvedEntry(QString entry, const QString &playlistFolder)
         return entry.mid(2);
     if (entry.startsWith(u'/'))
         return entry;
-    return playlistFolder + u'/' + entry;
+    return QDir::cleanPath(playlistFolder + u'/' + entry); // "../Music/x.mp3" included
 }
 
 } // namespace

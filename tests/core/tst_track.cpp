@@ -20,7 +20,6 @@ private Q_SLOTS:
     void playlistDuration();
     void trackCountPrefersResolvedTracks();
     void parseErrorTexts();
-    void hashingFollowsEquality();
 };
 
 void TestTrack::displayTitle_data()
@@ -140,22 +139,6 @@ void TestTrack::parseErrorTexts()
              QStringLiteral("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta."));
     QCOMPARE(ParseError::fileTooSmall().errorDescription(),
              QStringLiteral("Il file database è troppo piccolo o incompleto."));
-}
-
-void TestTrack::hashingFollowsEquality()
-{
-    const Track a{.id = 7, .title = QStringLiteral("A"), .bitrate = 128};
-    Track b = a;
-    QCOMPARE(qHash(a), qHash(b));
-    b.bitrate = 129;
-    QVERIFY(a != b);
-    QVERIFY(qHash(a) != qHash(b));
-
-    Playlist p{.id = QStringLiteral("x"), .tracks = {a}};
-    Playlist q = p;
-    QCOMPARE(qHash(p), qHash(q));
-    q.existingRockboxFile = ExistingRockboxFile{};
-    QVERIFY(p != q);
 }
 
 QTEST_APPLESS_MAIN(TestTrack)

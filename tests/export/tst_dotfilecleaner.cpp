@@ -1,57 +1,40 @@
 #include "export/RockboxGenerator.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
-#include <QDirIterator>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace kestrune;
+using namespace kestrune::testing;
 
 namespace {
 
-void write(const QDir &root, const QString &relative, const QByteArray &bytes)
+bool run(const QString &program, const QStringList &arguments)
 {
-    QDir().mkpath(QFileInfo(root.filePath(relative)).absolutePath());
-    QFile file(root.filePath(relative));
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot create %s", qPrintable(file.fileName()));
-    file.write(bytes);
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-// Every path below the root, links not followed, relative and sorted.
-QStringList treeOf(const QString &root)
-{
-    QStringList paths;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        paths.append(QDir(root).relativeFilePath(it.next()));
-    paths.sort();
-    return paths;
-}
+const QStringList keptFiles{"Playlists/Rock.m3u8", "Playlists/Rock80s/HardRock.m3u", "iPod_Control/Music/F00/ABCD.mp3",
+                            ".rockbox/config.cfg", ".rockbox/themes/cabbie.cfg", "Playlists/deep/.Rockbox/._x",
+                            "Other/.rockbox"};
 
-const QStringList keptFiles{QStringLiteral("Playlists/Rock.m3u8"), QStringLiteral("Playlists/Rock80s/HardRock.m3u"),
-                            QStringLiteral("iPod_Control/Music/F00/ABCD.mp3"), QStringLiteral(".rockbox/config.cfg"),
-                            QStringLiteral(".rockbox/themes/cabbie.cfg")};
-
-// The device tree macOS leaves behind: playlists, music, Rockbox's folder, and junk of every kind.
-void makeDeviceTree(const QDir &root)
+// The device tree macOS leaves behind: playlists, music, Rockbox's folder (in any case: FAT is case-blind),
+// and junk of every kind.
+void makeDeviceTree(const QString &root)
 {
-    write(root, keptFiles[0], "playlist content");
-    write(root, keptFiles[1], "sub playlist content");
-    write(root, keptFiles[2], "mp3");
-    write(root, keptFiles[3], "volume: 10");
-    write(root, keptFiles[4], "theme: cabbie");
+    for (const QString &kept : keptFiles)
+        writeFile(root + u'/' + kept, "kept");
     for (const char *junk : {"Playlists/._Rock.m3u8", "Playlists/.DS_Store", "Playlists/Rock80s/._HardRock.m3u",
                              "Playlists/Rock80s/.DS_Store", "iPod_Control/Music/F00/._ABCD.mp3", ".DS_Store",
                              ".Trashes/trash.txt", ".Spotlight-V100/store.db"})
-        write(root, QString::fromLatin1(junk), "junk");
+        writeFile(root + u'/' + QLatin1StringView(junk), "junk");
 }
 
-RockboxGenerator withoutSystemCleaner()
-{
-    return RockboxGenerator(DotFileCleaner(QString()));
-}
+const DotFileCleaner cleaner{QString()}; // without the system cleaner
 
 } // namespace
 
@@ -60,119 +43,129 @@ class TestDotFileCleaner : public QObject {
 
 private Q_SLOTS:
     void cleansDeviceTree();
-    void secondCallFindsNothing();
     void rootsThatAreLeftAlone_data();
     void rootsThatAreLeftAlone();
-    void rockboxSparedAtAnyDepth();
     void linksAreNeverFollowed();
+    void otherVolumesAreNotEntered();
+    void failedRemovalsAreCounted();
     void systemCleanerRunsFirstAndIsNotCounted();
 };
 
 void TestDotFileCleaner::cleansDeviceTree()
 {
     QTemporaryDir tmp;
-    const QDir root(tmp.path());
-    makeDeviceTree(root);
-    QCOMPARE(withoutSystemCleaner().cleanDotFiles(QUrl::fromLocalFile(tmp.path())), 8);
+    makeDeviceTree(tmp.path());
+    const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
+    QCOMPARE(DotFileCleaner::find(tmp.path()).size(), 8); // six files and two folders, each folder once
+    QCOMPARE(snapshotTree(tmp.path()), before);
 
-    const QStringList expected{QStringLiteral(".rockbox"), keptFiles[3], QStringLiteral(".rockbox/themes"), keptFiles[4],
-                               QStringLiteral("Playlists"), keptFiles[0], QStringLiteral("Playlists/Rock80s"), keptFiles[1],
-                               QStringLiteral("iPod_Control"), QStringLiteral("iPod_Control/Music"),
-                               QStringLiteral("iPod_Control/Music/F00"), keptFiles[2]};
-    QStringList sortedExpected = expected;
-    sortedExpected.sort();
-    QCOMPARE(treeOf(tmp.path()), sortedExpected);
-    QFile theme(root.filePath(keptFiles[4]));
-    QVERIFY(theme.open(QIODevice::ReadOnly));
-    QCOMPARE(theme.readAll(), QByteArray("theme: cabbie"));
-}
-
-void TestDotFileCleaner::secondCallFindsNothing()
-{
-    QTemporaryDir tmp;
-    makeDeviceTree(QDir(tmp.path()));
-    const RockboxGenerator generator = withoutSystemCleaner();
-    QCOMPARE(generator.cleanDotFiles(QUrl::fromLocalFile(tmp.path())), 8);
-    QCOMPARE(generator.cleanDotFiles(QUrl::fromLocalFile(tmp.path())), 0);
+    QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 8}));
+    QMap<QString, QByteArray> expected;
+    for (auto it = before.cbegin(); it != before.cend(); ++it) {
+        const QString name = it.key().section(u'/', -1);
+        const bool junk = it.key().contains("Trashes") || it.key().contains("Spotlight") ||
+                          ((name.startsWith("._") || name == ".DS_Store") && !it.key().contains("Rockbox"));
+        if (!junk)
+            expected.insert(it.key(), it.value());
+    }
+    QCOMPARE(snapshotTree(tmp.path()), expected);
+    QCOMPARE(cleaner.clean(tmp.path()), DotFileCleaner::Report{}); // nothing new: nothing removed
 }
 
 void TestDotFileCleaner::rootsThatAreLeftAlone_data()
 {
     QTest::addColumn<QString>("root");
-    QTest::addRow("missing root") << "missing";
-    QTest::addRow("root named .rockbox") << ".rockbox";
+    QTest::addColumn<bool>("outsideIPod");
+    QTest::addRow("missing root") << "ipod/missing" << false;
+    QTest::addRow("root named .rockbox") << "ipod/.rockbox" << false;
+    QTest::addRow("root named .ROCKBOX") << "ipod/Other/.ROCKBOX" << false;
+    QTest::addRow("a home folder") << "home" << true;
+    QTest::addRow("a checkout beside an iPod") << "home/src" << true;
 }
 
 void TestDotFileCleaner::rootsThatAreLeftAlone()
 {
     QFETCH(QString, root);
+    QFETCH(bool, outsideIPod);
     QTemporaryDir tmp;
-    write(QDir(tmp.path()), QStringLiteral(".rockbox/._junk"), "junk");
-    const QStringList before = treeOf(tmp.path());
-    QCOMPARE(withoutSystemCleaner().cleanDotFiles(QUrl::fromLocalFile(tmp.filePath(root))), 0);
-    QCOMPARE(treeOf(tmp.path()), before);
-}
-
-void TestDotFileCleaner::rockboxSparedAtAnyDepth()
-{
-    QTemporaryDir tmp;
-    const QDir root(tmp.path());
-    write(root, QStringLiteral("Playlists/deep/.rockbox/._x"), "junk");
-    write(root, QStringLiteral("Playlists/deep/.rockbox/.DS_Store"), "junk");
-    write(root, QStringLiteral("Other/.rockbox"), "a file named like the folder");
-    write(root, QStringLiteral("Other/._y"), "junk");
-    QCOMPARE(withoutSystemCleaner().cleanDotFiles(QUrl::fromLocalFile(tmp.path())), 1);
-    QVERIFY(QFileInfo::exists(root.filePath(QStringLiteral("Playlists/deep/.rockbox/._x"))));
-    QVERIFY(QFileInfo::exists(root.filePath(QStringLiteral("Playlists/deep/.rockbox/.DS_Store"))));
-    QVERIFY(QFileInfo::exists(root.filePath(QStringLiteral("Other/.rockbox"))));
-    QVERIFY(!QFileInfo::exists(root.filePath(QStringLiteral("Other/._y"))));
+    QDir().mkpath(tmp.filePath("ipod/iPod_Control"));
+    for (const char *path : {"ipod/.rockbox/._junk", "ipod/Other/.ROCKBOX/._junk", "home/.ssh/id", "home/.config/x",
+                             "home/src/.git/HEAD"})
+        writeFile(tmp.filePath(QLatin1StringView(path)), "kept");
+    const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
+    QCOMPARE(cleaner.clean(tmp.filePath(root)), (DotFileCleaner::Report{.skippedOutsideIPod = outsideIPod}));
+    QVERIFY(DotFileCleaner::find(tmp.filePath(root)).isEmpty());
+    QCOMPARE(snapshotTree(tmp.path()), before);
 }
 
 void TestDotFileCleaner::linksAreNeverFollowed()
 {
-#ifdef Q_OS_WIN
-    QSKIP("symbolic links need extra rights on Windows");
-#endif
     QTemporaryDir outside;
-    write(QDir(outside.path()), QStringLiteral("._precious"), "not ours");
-    write(QDir(outside.path()), QStringLiteral(".rockbox/config.cfg"), "not ours either");
+    writeFile(outside.filePath("._precious"), "not ours");
+    writeFile(outside.filePath(".rockbox/config.cfg"), "not ours either");
+    const QMap<QString, QByteArray> untouched = snapshotTree(outside.path());
     QTemporaryDir tmp;
     const QDir root(tmp.path());
-    QVERIFY(root.mkpath(QStringLiteral("Playlists")));
-    QVERIFY(QFile::link(outside.path(), root.filePath(QStringLiteral("Playlists/linked-folder"))));
-    QVERIFY(QFile::link(outside.path(), root.filePath(QStringLiteral("Playlists/.dot-link"))));
-    QVERIFY(QFile::link(outside.filePath(QStringLiteral(".rockbox")), root.filePath(QStringLiteral(".rockbox"))));
-    QVERIFY(QFile::link(QStringLiteral("/nonexistent"), root.filePath(QStringLiteral("._dangling"))));
+    QVERIFY(root.mkpath("iPod_Control") && root.mkpath("Playlists"));
+    QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/linked-folder")));
+    QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/.dot-link")));
+    QVERIFY(QFile::link(outside.filePath(".rockbox"), root.filePath(".rockbox")));
+    QVERIFY(QFile::link("/nonexistent", root.filePath("._dangling")));
 
-    QCOMPARE(withoutSystemCleaner().cleanDotFiles(QUrl::fromLocalFile(tmp.path())), 2);
-    QVERIFY(!QFileInfo(root.filePath(QStringLiteral("Playlists/.dot-link"))).isSymLink());
-    QVERIFY(!QFileInfo(root.filePath(QStringLiteral("._dangling"))).isSymLink());
-    QVERIFY(QFileInfo(root.filePath(QStringLiteral("Playlists/linked-folder"))).isSymLink());
-    QVERIFY(QFileInfo(root.filePath(QStringLiteral(".rockbox"))).isSymLink());
-    QCOMPARE(treeOf(outside.path()),
-             (QStringList{QStringLiteral("._precious"), QStringLiteral(".rockbox"), QStringLiteral(".rockbox/config.cfg")}));
+    QCOMPARE(cleaner.clean(tmp.path()).removed, 2); // the two dot-named links, as links
+    QVERIFY(!QFileInfo(root.filePath("Playlists/.dot-link")).isSymLink());
+    QVERIFY(!QFileInfo(root.filePath("._dangling")).isSymLink());
+    QVERIFY(QFileInfo(root.filePath("Playlists/linked-folder")).isSymLink());
+    QCOMPARE(snapshotTree(outside.path()), untouched);
+}
+
+void TestDotFileCleaner::otherVolumesAreNotEntered()
+{
+    QTemporaryDir tmp;
+    QDir().mkpath(tmp.filePath("iPod_Control"));
+    for (const char *mountPoint : {"Playlists/mounted", ".mounted"}) {
+        QDir().mkpath(tmp.filePath(QLatin1StringView(mountPoint)));
+        if (!run("mount", {"-t", "tmpfs", "tmpfs", tmp.filePath(QLatin1StringView(mountPoint))}))
+            QSKIP("needs the right to mount a tmpfs (root on Linux); this machine refused");
+        writeFile(tmp.filePath(QLatin1StringView(mountPoint)) + "/._theirs", "another volume's");
+    }
+    const auto unmount = qScopeGuard([&] {
+        run("umount", {tmp.filePath("Playlists/mounted")});
+        run("umount", {tmp.filePath(".mounted")});
+    });
+    writeFile(tmp.filePath("Playlists/._ours"), "junk");
+    QCOMPARE(cleaner.clean(tmp.path()).removed, 1);
+    QVERIFY(QFileInfo::exists(tmp.filePath("Playlists/mounted/._theirs")));
+    QVERIFY(QFileInfo::exists(tmp.filePath(".mounted/._theirs")));
+}
+
+void TestDotFileCleaner::failedRemovalsAreCounted()
+{
+    QTemporaryDir tmp;
+    QDir().mkpath(tmp.filePath("iPod_Control"));
+    writeFile(tmp.filePath("Locked/._a"), "junk");
+    writeFile(tmp.filePath("Locked/._b"), "junk");
+    writeFile(tmp.filePath("._c"), "junk");
+    // A read-only bind mount keeps the volume's device number, so the walk enters it and fails there.
+    if (!run("mount", {"--bind", tmp.filePath("Locked"), tmp.filePath("Locked")}))
+        QSKIP("needs the right to bind-mount (root on Linux); this machine refused");
+    const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath("Locked")}); });
+    QVERIFY(run("mount", {"-o", "remount,ro,bind", tmp.filePath("Locked")}));
+    QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 1, .failed = 2}));
 }
 
 void TestDotFileCleaner::systemCleanerRunsFirstAndIsNotCounted()
 {
-#ifdef Q_OS_WIN
-    QSKIP("the stand-in cleaner is a shell script");
-#endif
     QTemporaryDir tools;
-    const QString log = tools.filePath(QStringLiteral("arguments"));
-    const QString script = tools.filePath(QStringLiteral("dot_clean"));
+    const QString log = tools.filePath("arguments");
+    const QString script = tools.filePath("dot_clean");
     // A stand-in for the system cleaner: records its arguments and removes the "._" files itself.
-    write(QDir(tools.path()), QStringLiteral("dot_clean"),
-          QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\nfind \"$2\" -name '._*' -delete\n").arg(log).toUtf8());
+    writeFile(script, QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\nfind \"$2\" -name '._*' -delete\n").arg(log).toUtf8());
     QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-
     QTemporaryDir tmp;
-    makeDeviceTree(QDir(tmp.path()));
-    const int removed = RockboxGenerator(DotFileCleaner(script)).cleanDotFiles(QUrl::fromLocalFile(tmp.path()));
-    QCOMPARE(removed, 5); // the three "._" files went with the system cleaner
-    QFile arguments(log);
-    QVERIFY(arguments.open(QIODevice::ReadOnly));
-    QCOMPARE(arguments.readAll(), (QStringLiteral("-m\n") + tmp.path() + u'\n').toUtf8());
+    makeDeviceTree(tmp.path());
+    QCOMPARE(DotFileCleaner(script).clean(tmp.path()).removed, 5); // the three "._" went with the system's
+    QCOMPARE(readFile(log), (QStringLiteral("-m\n") + tmp.path() + u'\n').toUtf8());
 }
 
 QTEST_GUILESS_MAIN(TestDotFileCleaner)

@@ -94,6 +94,8 @@ void TestM3UContent::pathLine_data()
     QTest::addColumn<QString>("expected");
     const QString path = QStringLiteral(":iPod_Control:Music:F02:ABCD.mp3");
     QTest::addRow("no prefix") << "" << path << "/iPod_Control/Music/F02/ABCD.mp3";
+    QTest::addRow("stored with slashes already") << "" << "/iPod_Control/Music/F02/ABCD.mp3"
+                                                 << "/iPod_Control/Music/F02/ABCD.mp3";
     QTest::addRow("prefix with trailing slash") << "/Volumes/IPOD/" << path
                                                 << "/Volumes/IPOD/iPod_Control/Music/F02/ABCD.mp3";
     QTest::addRow("prefix outside iPod_Control") << "/mnt" << ":Music:X.mp3" << "/mnt/Music/X.mp3";
@@ -112,9 +114,11 @@ void TestM3UContent::pathLine()
     QFETCH(QString, prefix);
     QFETCH(QString, ipodPath);
     QFETCH(QString, expected);
-    const Playlist playlist{.tracks = {Track{.ipodPath = ipodPath}}};
+    const Track track{.ipodPath = ipodPath};
     const ConversionOptions options{.extendedM3U = false, .customPathPrefix = prefix};
-    QCOMPARE(RockboxGenerator().generateM3UContent(playlist, options), expected + u'\n');
+    QCOMPARE(RockboxGenerator().generateM3UContent(Playlist{.tracks = {track}}, options), expected + u'\n');
+    if (prefix.isEmpty())
+        QCOMPARE(expected, track.rockboxPath()); // the file carries exactly the device path
 }
 
 QTEST_APPLESS_MAIN(TestM3UContent)

@@ -51,8 +51,9 @@ private Q_SLOTS:
     void matching_data();
     void matching();
     void attachClearsStaleMatches();
-    void exportScanUpdateDeleteRoundTrip();
-    void deleteMissingFileThrows();
+    void splitPartsBelongToTheirPlaylist_data();
+    void splitPartsBelongToTheirPlaylist();
+    void deleteItem();
 };
 
 void TestPlaylistFolder::listingFilterAndOrder_data()
@@ -150,37 +151,41 @@ void TestPlaylistFolder::attachClearsStaleMatches()
     QCOMPARE(playlists[2].existingRockboxFile->filename, QStringLiteral("Rock.m3u8")); // several may share one
 }
 
-void TestPlaylistFolder::exportScanUpdateDeleteRoundTrip()
+void TestPlaylistFolder::splitPartsBelongToTheirPlaylist_data()
 {
-    QTemporaryDir tmp;
-    const QUrl folder = QUrl::fromLocalFile(tmp.filePath(QStringLiteral("Playlists")));
-    const RockboxGenerator generator;
-    Playlist playlist{.name = QStringLiteral("Thriller Hits")};
-    QVERIFY(generator.exportPlaylist(playlist, folder, {}).isSuccess);
-
-    const QList<ExistingRockboxFile> found = generator.scanExistingPlaylists(folder);
-    QCOMPARE(found.size(), 1);
-    QCOMPARE(found.first().filename, QStringLiteral("Thriller Hits.m3u8"));
-    QCOMPARE(found.first().baseName, QStringLiteral("Thriller Hits"));
-
-    playlist.existingRockboxFile = found.first();
-    QVERIFY(generator.exportPlaylist(playlist, folder, {}).isUpdate);
-    QCOMPARE(generator.listPlaylists(folder).size(), 1);
-
-    generator.deleteItem(found.first().fileURL);
-    QVERIFY(generator.listPlaylists(folder).isEmpty());
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<bool>("belongs");
+    QTest::addRow("whole") << "rock_ live.m3u8" << true;
+    QTest::addRow("a part") << "Rock_ Live (2 of 3).m3u8" << true;
+    QTest::addRow("another playlist") << "Rock.m3u8" << false;
+    QTest::addRow("not a part's form") << "Rock_ Live (2).m3u8" << false;
 }
 
-void TestPlaylistFolder::deleteMissingFileThrows()
+void TestPlaylistFolder::splitPartsBelongToTheirPlaylist()
+{
+    QFETCH(QString, file);
+    QFETCH(bool, belongs);
+    QCOMPARE(belongsToAny(existing({file}).first(), playlistMatchKeys({"Pop", "Rock: Live"})), belongs);
+}
+
+void TestPlaylistFolder::deleteItem()
 {
     QTemporaryDir tmp;
-    const QString path = tmp.filePath(QStringLiteral("gone.m3u8"));
+    const QDir dir(tmp.path());
+    touch(dir, "kept/inside.m3u8");
+    touch(dir, "folder/inside.m3u8");
+    QVERIFY(QFile::link(dir.filePath("kept"), dir.filePath("link")));
+    const RockboxGenerator generator;
+    generator.deleteItem(QUrl::fromLocalFile(dir.filePath("link"))); // the link goes, not what it points at
+    generator.deleteItem(QUrl::fromLocalFile(dir.filePath("folder")));
+    QCOMPARE(dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"kept"});
+    QVERIFY(QFileInfo::exists(dir.filePath("kept/inside.m3u8")));
     try {
-        RockboxGenerator().deleteItem(QUrl::fromLocalFile(path));
+        generator.deleteItem(QUrl::fromLocalFile(dir.filePath("gone.m3u8")));
         QFAIL("expected a FileSystemError");
     } catch (const FileSystemError &error) {
-        QCOMPARE(error.path, path);
-        QVERIFY(error.errorDescription.contains(QStringLiteral("gone.m3u8")));
+        QCOMPARE(error.path, dir.filePath("gone.m3u8"));
+        QVERIFY(error.errorDescription.contains("gone.m3u8"));
     }
 }
 
