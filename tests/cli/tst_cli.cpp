@@ -31,25 +31,35 @@ Run cli(const QStringList &arguments)
     return Run{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-// An iPod tree: master, "Rock: Live" (matches an existing file), a smart "Chill", and a bad "a/b".
+QStringList names(const QJsonArray &objects, const char *key)
+{
+    QStringList list;
+    for (const QJsonValue &object : objects)
+        list.append(object.toObject()[QLatin1StringView(key)].toString());
+    return list;
+}
+
+// An iPod tree: master, "Rock: Live" (matches an existing file) and a smart "Chill".
 struct IPod {
     QTemporaryDir dir;
 
-    IPod()
+    explicit IPod(QByteArray database = {})
     {
-        PlaylistItem master{.name = QStringLiteral("Library"), .isMaster = true, .dbId = 1};
-        master.entries = {{1}, {2}, {3}};
-        PlaylistItem chill = PlaylistItem::of("Chill", {3, 1}, 18446744073709551615ull);
-        chill.extraObjects = {StringObject::opaque(100)};
-        const QByteArray db = ITunesDBWriter()
-                                  .addTrack(TrackItem::song(1, "Song One", "Band", ":iPod_Control:Music:F00:A.mp3", 61000))
-                                  .addTrack(TrackItem::song(2, "Song Two", "", ":iPod_Control:Music:F01:B.mp3", 1500))
-                                  .addTrack(TrackItem::song(3, "Drei", "Künstler", ":iPod_Control:Music:F02:C.mp3"))
-                                  .addPlaylist(master)
-                                  .addPlaylist(PlaylistItem::of("Rock: Live", {1, 2}, 42))
-                                  .addPlaylist(chill)
-                                  .build();
-        writeFile(path("iPod_Control/iTunes/iTunesDB"), db);
+        if (database.isEmpty()) {
+            PlaylistItem master{.name = QStringLiteral("Library"), .isMaster = true, .dbId = 1};
+            master.entries = {{1}, {2}, {3}};
+            PlaylistItem chill = PlaylistItem::of("Chill", {3, 1}, 18446744073709551615ull);
+            chill.extraObjects = {StringObject::opaque(100)};
+            database = ITunesDBWriter()
+                           .addTrack(TrackItem::song(1, "Song One", "Band", ":iPod_Control:Music:F00:A.mp3", 61000))
+                           .addTrack(TrackItem::song(2, "Song Two", "", ":iPod_Control:Music:F01:B.mp3", 1500))
+                           .addTrack(TrackItem::song(3, "Drei", "Künstler", ":iPod_Control:Music:F02:C.mp3"))
+                           .addPlaylist(master)
+                           .addPlaylist(PlaylistItem::of("Rock: Live", {1, 2}, 42))
+                           .addPlaylist(chill)
+                           .build();
+        }
+        writeFile(path("iPod_Control/iTunes/iTunesDB"), database);
         writeFile(path("Playlists/rock_ live.m3u"), "old\n");
         writeFile(path("Playlists/._rock_ live.m3u"), "junk");
         writeFile(path("Playlists/.DS_Store"), "junk");
@@ -65,118 +75,90 @@ class TestCli : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void playlistsJson();
-    void tracksJson();
+    void listings();
     void convertWritesFilesAndCleans();
     void convertOptionsShapeTheFiles();
-    void convertDryRunChangesNothing();
     void convertChoosesPlaylists_data();
     void convertChoosesPlaylists();
     void convertReportsFailedPlaylists();
-    void filesAndClean();
-    void devicesAmongFolderEntries();
+    void truncatedDatabaseLeavesExistingFiles();
+    void playerProblemsAreNamed();
+    void foldersAndOnTheGoPlaylists();
+    void filesAndDevices();
     void errors_data();
     void errors();
-    void versionAndHelp();
+    void help_data();
+    void help();
 };
 
-void TestCli::playlistsJson()
+void TestCli::listings()
 {
     IPod ipod;
-    const Run run = cli({"playlists", ipod.root(), "--json"});
-    QCOMPARE(run.exitCode, 0);
-    const QJsonObject json = run.json();
-    QCOMPARE(json["database"].toString(), ipod.path("iPod_Control/iTunes/iTunesDB"));
+    const Run text = cli({"playlists", ipod.root()});
+    QCOMPARE(text.exitCode, 0);
+    QCOMPARE(text.out, "Database: " + ipod.path("iPod_Control/iTunes/iTunesDB").toUtf8() + "\n3 tracks, 3 playlists\n\n"
+                       "Playlist    Tracks  Duration  Kind    On Rockbox\n"
+                       "Library          3    4m 22s  master  -\n"
+                       "Rock: Live       2    1m 02s  -       rock_ live.m3u\n"
+                       "Chill            2    4m 21s  smart   -\n");
+
+    const QJsonObject json = cli({"playlists", ipod.root(), "--json"}).json();
     QCOMPARE(json["trackCount"].toInt(), 3);
     const QJsonArray playlists = json["playlists"].toArray();
-    QCOMPARE(playlists.size(), 3);
     const QJsonObject rock = playlists[1].toObject();
     QCOMPARE(rock.keys(), (QStringList{"dbId", "existingFile", "isMaster", "isSmart", "name", "totalDurationSeconds",
                                        "trackCount", "trackIds"}));
-    QCOMPARE(rock["name"].toString(), "Rock: Live");
-    QCOMPARE(rock["dbId"].toString(), "42");
     QCOMPARE(rock["existingFile"].toString(), "rock_ live.m3u");
     QCOMPARE(rock["trackIds"].toArray(), (QJsonArray{1, 2}));
-    QCOMPARE(rock["totalDurationSeconds"].toInt(), 62);
-    const QJsonObject chill = playlists[2].toObject();
-    QCOMPARE(chill["dbId"].toString(), "18446744073709551615");
-    QVERIFY(chill["isSmart"].toBool());
-    QVERIFY(chill["existingFile"].isNull());
-    QVERIFY(playlists[0].toObject()["isMaster"].toBool());
-}
+    QCOMPARE(playlists[2].toObject()["dbId"].toString(), "18446744073709551615");
 
-void TestCli::tracksJson()
-{
-    IPod ipod;
-    const Run all = cli({"tracks", ipod.root(), "--json"});
-    QCOMPARE(all.exitCode, 0);
-    const QJsonArray tracks = all.json()["tracks"].toArray();
-    QCOMPARE(tracks.size(), 3);
-    const QJsonObject first = tracks[0].toObject();
-    QCOMPARE(first.keys(), (QStringList{"album", "artist", "bitrate", "composer", "fileSize", "genre", "id",
-                                        "ipodPath", "rockboxPath", "title", "totalTimeMs", "trackNumber", "year"}));
-    QCOMPARE(first["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
+    // A database file inside an iPod tree still knows the tree's playlists folder.
+    QVERIFY(cli({"playlists", ipod.path("iPod_Control/iTunes/iTunesDB")}).out.contains("rock_ live.m3u"));
 
-    const Run chill = cli({"tracks", ipod.root(), "--playlist", "Chill", "--json"});
-    const QJsonArray chillTracks = chill.json()["tracks"].toArray();
-    QCOMPARE(chillTracks.size(), 2);
-    QCOMPARE(chillTracks[0].toObject()["title"].toString(), "Drei");
-    QCOMPARE(chillTracks[1].toObject()["id"].toInt(), 1);
+    const QJsonArray chill = cli({"tracks", ipod.root(), "--playlist", "Chill", "--json"}).json()["tracks"].toArray();
+    QCOMPARE(names(chill, "title"), (QStringList{"Drei", "Song One"}));
+    QCOMPARE(chill[1].toObject()["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
+    QCOMPARE(cli({"tracks", ipod.root(), "--json"}).json()["tracks"].toArray().size(), 3);
 }
 
 void TestCli::convertWritesFilesAndCleans()
 {
     IPod ipod;
-    const Run run = cli({"convert", ipod.root(), "--json"});
-    QCOMPARE(run.exitCode, 0);
-    const QJsonObject json = run.json();
+    const QJsonObject json = cli({"convert", ipod.root(), "--json"}).json();
     QCOMPARE(json["destination"].toString(), ipod.path("Playlists"));
     QCOMPARE(json["dotFilesRemoved"].toInt(), 2);
-    const QJsonArray results = json["results"].toArray();
-    QCOMPARE(results.size(), 2);
-    const QJsonObject rock = results[0].toObject();
+    const QJsonObject rock = json["results"].toArray()[0].toObject();
     QCOMPARE(rock.keys(), (QStringList{"errorMessage", "filename", "isSuccess", "isUpdate", "path", "playlistName",
                                        "trackCount"}));
-    QCOMPARE(rock["playlistName"].toString(), "Rock: Live");
     QCOMPARE(rock["filename"].toString(), "Rock_ Live.m3u8");
-    QCOMPARE(rock["path"].toString(), ipod.path("Playlists/Rock_ Live.m3u8"));
-    QVERIFY(rock["isSuccess"].toBool());
-    QVERIFY(rock["isUpdate"].toBool());
-    QVERIFY(rock["errorMessage"].isNull());
-    QCOMPARE(results[1].toObject()["playlistName"].toString(), "Chill");
-
+    QVERIFY(rock["isSuccess"].toBool() && rock["isUpdate"].toBool() && rock["errorMessage"].isNull());
     QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")),
              QByteArray("#EXTM3U\n#EXTINF:61,Band - Song One\n/iPod_Control/Music/F00/A.mp3\n"
                         "#EXTINF:1,Song Two\n/iPod_Control/Music/F01/B.mp3\n"));
-    QCOMPARE(readFile(ipod.path("Playlists/rock_ live.m3u")), QByteArray("old\n"));
     QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
              (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
 
     const Run text = cli({"convert", ipod.root()});
-    QCOMPARE(text.exitCode, 0);
-    QVERIFY(text.out.contains("updated Rock_ Live.m3u8 (2 tracks)"));
-    QVERIFY(text.out.contains("2 of 2 playlist(s) written to"));
+    QCOMPARE(text.out, "  updated Rock_ Live.m3u8 (2 tracks)\n  updated Chill.m3u8 (2 tracks)\n"
+                       "2 of 2 playlist(s) written to " + ipod.path("Playlists").toUtf8() + "; 0 dot file(s) removed\n");
+    // Outside an iPod the folder's dot files are not the program's to remove.
+    QTemporaryDir elsewhere;
+    writeFile(elsewhere.filePath(".git/HEAD"), "ref");
+    const Run dest = cli({"convert", ipod.root(), "--dest", elsewhere.path()});
+    QVERIFY(dest.out.endsWith("; dot files left alone: the folder is not on an iPod\n"));
+    QVERIFY(QFileInfo::exists(elsewhere.filePath(".git/HEAD")));
 }
 
 void TestCli::convertOptionsShapeTheFiles()
 {
     IPod ipod;
     QTemporaryDir dest;
-    const Run run = cli({"convert", ipod.root(), "--dest", dest.path(), "--playlist", "Chill", "--m3u", "--no-extinf",
-                         "--prefix", "/mnt/ipod/"});
-    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(cli({"convert", ipod.root(), "--dest", dest.path(), "--playlist", "Chill", "--m3u", "--no-extinf", "--prefix",
+                  "/mnt/ipod/"}).exitCode, 0);
     QCOMPARE(readFile(dest.filePath("Chill.m3u")),
              QByteArray("/mnt/ipod/iPod_Control/Music/F02/C.mp3\n/mnt/ipod/iPod_Control/Music/F00/A.mp3\n"));
-    QVERIFY(!QFileInfo::exists(ipod.path("Playlists/Chill.m3u8")));
-}
-
-void TestCli::convertDryRunChangesNothing()
-{
-    IPod ipod;
-    const Run run = cli({"convert", ipod.root(), "--dry-run", "--json"});
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.json()["results"].toArray().size(), 2);
-    QCOMPARE(run.json()["dotFilesRemoved"].toInt(), 0);
+    const Run dryRun = cli({"convert", ipod.root(), "--dry-run", "--json"});
+    QCOMPARE(dryRun.json()["results"].toArray().size(), 2);
     QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
              (QStringList{".DS_Store", "._rock_ live.m3u", "rock_ live.m3u"}));
 }
@@ -198,94 +180,150 @@ void TestCli::convertChoosesPlaylists()
     QFETCH(QStringList, arguments);
     QFETCH(QStringList, written);
     IPod ipod;
-    const Run run = cli(QStringList{"convert", ipod.root(), "--json"} + arguments);
-    QCOMPARE(run.exitCode, 0);
-    QStringList names;
-    for (const QJsonValue &result : run.json()["results"].toArray())
-        names.append(result.toObject()["playlistName"].toString());
-    QCOMPARE(names, written);
+    QCOMPARE(names(cli(QStringList{"convert", ipod.root(), "--json"} + arguments).json()["results"].toArray(),
+                   "playlistName"),
+             written);
 }
 
 void TestCli::convertReportsFailedPlaylists()
 {
     QTemporaryDir dir;
     writeFile(dir.filePath("iTunesDB"), ITunesDBWriter()
-                                        .addPlaylist(PlaylistItem::of("Good", {}))
-                                        .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
-                                        .addPlaylist(PlaylistItem::of("../Escape", {}))
-                                        .build());
-    const QString dest = dir.filePath("out");
-    const Run run = cli({"convert", dir.filePath("iTunesDB"), "--dest", dest, "--no-sanitize"});
+                                            .addPlaylist(PlaylistItem::of("Good", {}))
+                                            .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
+                                            .addPlaylist(PlaylistItem::of("../Escape", {}))
+                                            .build());
+    const Run run = cli({"convert", dir.filePath("iTunesDB"), "--dest", dir.filePath("out"), "--no-sanitize"});
     QCOMPARE(run.exitCode, 1);
     QVERIFY(run.out.contains("wrote   Good.m3u8"));
     QVERIFY(run.out.contains("FAILED  Sub/Folder.m3u8"));
     QVERIFY(run.out.contains("FAILED  ../Escape.m3u8"));
     QVERIFY(run.out.contains("1 of 3 playlist(s) written"));
-    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name),
-             (QStringList{"iTunesDB", "out"}));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), (QStringList{"iTunesDB", "out"}));
 }
 
-void TestCli::filesAndClean()
+void TestCli::truncatedDatabaseLeavesExistingFiles()
+{
+    const QByteArray whole = ITunesDBWriter()
+                                 .addTrack(TrackItem::song(1, "A", {}, ":a.mp3"))
+                                 .addPlaylist(PlaylistItem::of("Rock: Live", {1}))
+                                 .addPlaylist(PlaylistItem::of("New", {1}))
+                                 .build();
+    IPod ipod(whole.left(whole.size() - 10)); // an interrupted sync
+    writeFile(ipod.path("Playlists/Rock_ Live.m3u8"), "old");
+    const Run run = cli({"convert", ipod.root()});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.err.contains("warning: the database looks truncated"), run.err.constData());
+    QVERIFY2(run.out.contains("FAILED  Rock_ Live.m3u8 (1 track): not overwritten"), run.out.constData());
+    QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")), QByteArray("old"));
+    QCOMPARE(cli({"convert", ipod.root(), "--force"}).exitCode, 0);
+    QVERIFY(readFile(ipod.path("Playlists/Rock_ Live.m3u8")).startsWith("#EXTM3U"));
+}
+
+void TestCli::playerProblemsAreNamed()
+{
+    // An iPod Video: 2,000 entries kept; two music files missing; one path of 270 bytes.
+    ITunesDBWriter writer;
+    const QString longPath = ":iPod_Control:Music:F01:" + QString(246, u'L') + ".mp3";
+    PlaylistItem big{.name = QString("Big")};
+    for (quint32 id = 1; id <= 10; ++id)
+        writer.addTrack(TrackItem::song(id, QString("Song %1").arg(id), "Band", QString(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
+    writer.addTrack(TrackItem::song(11, "Long", "Band", longPath));
+    for (int entry = 0; entry < 2500; ++entry)
+        big.entries.append(PlaylistEntry{.trackId = quint32(1 + entry % 10)});
+    IPod ipod(writer.addPlaylist(big).addPlaylist(PlaylistItem::of("Small", {1, 11})).build());
+    writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipodvideo\n");
+    for (int id = 1; id <= 8; ++id)
+        writeFile(ipod.path(QString("iPod_Control/Music/F00/S%1.mp3").arg(id)), "music");
+    writeFile(ipod.path(QString(longPath).replace(':', '/').mid(1)), "music");
+
+    const QJsonArray warnings = cli({"convert", ipod.root(), "--json"}).json()["warnings"].toArray();
+    QCOMPARE(QJsonDocument(warnings).toJson(QJsonDocument::Compact),
+             QByteArray(R"([{"count":2500,"kind":"overLimit","limit":2000,"playlistName":"Big"},)"
+                        R"({"count":500,"kind":"missingFiles","limit":0,"playlistName":"Big"},)"
+                        R"({"count":1,"kind":"longPaths","limit":259,"playlistName":"Small"}])"));
+    const Run check = cli({"check", ipod.root()});
+    QCOMPARE(check.exitCode, 1);
+    QVERIFY(check.out.contains("Rockbox target ipodvideo: up to 2000 entries per playlist (the target's default)"));
+    QVERIFY2(check.out.contains("Big.m3u8           2500      500         0         500  yes"), check.out.constData());
+    QVERIFY(check.out.contains("Small.m3u8            2        0         1           0  yes"));
+
+    QVERIFY(cli({"convert", ipod.root(), "--split-long"}).out.contains("wrote   Big (2 of 2).m3u8 (500 tracks)"));
+    for (const char *part : {"Playlists/Big (1 of 2).m3u8", "Playlists/Big (2 of 2).m3u8"})
+        QVERIFY(readFile(ipod.path(part)).count("\n/iPod_Control") <= 2000);
+    QCOMPARE(cli({"check", ipod.root(), "--json"}).json()["files"].toArray().size(), 5);
+}
+
+void TestCli::foldersAndOnTheGoPlaylists()
+{
+    IPod ipod(ITunesDBWriter()
+                  .addTrack(TrackItem::song(7, "Seven", {}, ":a.mp3"))
+                  .addTrack(TrackItem::song(5, "Five", {}, ":b.mp3"))
+                  .addPlaylist({.name = QString("Rock"), .dbId = 10, .isFolder = true})
+                  .addPlaylist({.name = QString("Seventies"), .dbId = 11, .isFolder = true, .parentDbId = 10})
+                  .addPlaylist({.name = QString("Child"), .dbId = 12, .parentDbId = 11, .entries = {{7}}})
+                  .addPlaylist(PlaylistItem::of("Top", {5}))
+                  .build());
+    writeFile(ipod.path("iPod_Control/iTunes/OTGPlaylistInfo"), onTheGoFile({1, 0}));
+    const Run listed = cli({"playlists", ipod.root(), "--on-the-go"});
+    QVERIFY2(listed.out.contains("Child        Rock / Seventies       1"), listed.out.constData());
+    QVERIFY(listed.out.contains("Rock         -                      0"));
+    QVERIFY(listed.out.contains("folder"));
+    QVERIFY(listed.out.contains("On-The-Go 1  -                      2"));
+    const QJsonObject converted = cli({"convert", ipod.root(), "--folders", "flatten", "--on-the-go", "--json"}).json();
+    QCOMPARE(names(converted["results"].toArray(), "filename"),
+             (QStringList{"Rock - Seventies - Child.m3u8", "Top.m3u8", "On-The-Go 1.m3u8"}));
+    QCOMPARE(readFile(ipod.path("Playlists/On-The-Go 1.m3u8")).count(".mp3"), 2);
+    // Without the options, folders are playlists like the others and On-The-Go files are not read.
+    QCOMPARE(names(cli({"convert", ipod.root(), "--json"}).json()["results"].toArray(), "playlistName"),
+             (QStringList{"Rock", "Seventies", "Child", "Top"}));
+}
+
+void TestCli::filesAndDevices()
 {
     IPod ipod;
-    const Run files = cli({"files", ipod.path("Playlists"), "--json"});
-    QCOMPARE(files.exitCode, 0);
-    const QJsonArray items = files.json()["files"].toArray();
-    QCOMPARE(items.size(), 1);
-    const QJsonObject item = items[0].toObject();
+    const QJsonObject item = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray()[0].toObject();
     QCOMPARE(item["name"].toString(), "rock_ live.m3u");
-    QCOMPARE(item["baseName"].toString(), "rock_ live");
-    QCOMPARE(item["fileURL"].toString(), ipod.path("Playlists/rock_ live.m3u"));
     QCOMPARE(item["sizeBytes"].toInt(), 4);
     QVERIFY(QDateTime::fromString(item["modificationDate"].toString(), Qt::ISODate).isValid());
+    QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot file(s) removed from " + ipod.root().toUtf8() + "\n");
 
-    const Run clean = cli({"clean", ipod.root()});
-    QCOMPARE(clean.exitCode, 0);
-    QVERIFY(clean.out.startsWith("2 dot file(s) removed"));
-}
-
-void TestCli::devicesAmongFolderEntries()
-{
-    IPod ipod;
+    writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipod6g\n");
     QTemporaryDir volumes;
     QVERIFY(QDir(volumes.path()).mkdir("USB STICK"));
     QVERIFY(QFile::link(ipod.root(), volumes.filePath("IPOD")));
-    const Run run = cli({"devices", "--volumes", volumes.path(), "--json"});
-    QCOMPARE(run.exitCode, 0);
-    const QJsonArray devices = run.json()["devices"].toArray();
+    const QJsonArray devices = cli({"devices", "--volumes", volumes.path(), "--json"}).json()["devices"].toArray();
     QCOMPARE(devices.size(), 1);
     const QJsonObject device = devices[0].toObject();
-    QCOMPARE(device.keys(), (QStringList{"database", "freeDiskSpace", "mountPath", "name", "playlistsFolder",
-                                         "totalDiskSpace"}));
-    QCOMPARE(device["mountPath"].toString(), volumes.filePath("IPOD"));
-    QCOMPARE(device["database"].toString(), volumes.filePath("IPOD/iPod_Control/iTunes/iTunesDB"));
+    QCOMPARE(device.keys(), (QStringList{"database", "freeDiskSpace", "mountPath", "name", "playlistLimit",
+                                         "playlistsFolder", "rockboxTarget", "totalDiskSpace"}));
     QCOMPARE(device["playlistsFolder"].toString(), volumes.filePath("IPOD/Playlists"));
-    QVERIFY(device["freeDiskSpace"].toDouble() > 0);
-
-    const Run text = cli({"devices", "--volumes", volumes.path()});
-    QVERIFY(text.out.contains("IPOD"));
-    QCOMPARE(cli({"devices", "--volumes", volumes.filePath("none")}).exitCode, 2);
+    QCOMPARE(device["rockboxTarget"].toString(), "ipod6g");
+    QCOMPARE(device["playlistLimit"].toInt(), 10000);
+    QVERIFY(cli({"devices", "--volumes", volumes.path()}).out.contains("ipod6g, 10000 entries"));
 }
 
 void TestCli::errors_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QByteArray>("message");
-    QTest::addRow("no command") << QStringList{} << QByteArray("no command given");
-    QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export'");
+    QTest::addRow("no command") << QStringList{} << QByteArray("no command given (see 'kestrune-cli --help')");
+    QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export' (see 'kestrune-cli --help')");
     QTest::addRow("unknown option") << QStringList{"playlists", "@root", "--bogus"} << QByteArray("bogus");
+    QTest::addRow("one argument too many") << QStringList{"playlists", "@root", "@root"}
+                                           << QByteArray("playlists: expected 1 argument(s), got 2 (see 'kestrune-cli playlists --help')");
     QTest::addRow("missing source") << QStringList{"playlists", "@root/nothing"} << QByteArray("does not exist");
-    QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"}
-                                               << QByteArray("no iPod database");
+    QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"} << QByteArray("no iPod database");
     QTest::addRow("unreadable database") << QStringList{"playlists", "@root/broken.db"}
                                          << QByteArray("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.");
     QTest::addRow("too small database") << QStringList{"convert", "@root/tiny.db", "--dest", "@root/out"}
                                         << QByteArray("Il file database è troppo piccolo o incompleto.");
-    QTest::addRow("bare database without destination") << QStringList{"convert", "@root/library.db"}
-                                                         << QByteArray("give --dest");
-    QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"}
-                                      << QByteArray("no playlist named 'Nope'");
+    QTest::addRow("bare database without destination") << QStringList{"convert", "@root/library.db"} << QByteArray("give --dest");
+    QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"} << QByteArray("no playlist named 'Nope'");
+    QTest::addRow("unknown folder mode") << QStringList{"convert", "@root", "--folders", "keep"} << QByteArray("takes 'flatten'");
     QTest::addRow("files of a missing folder") << QStringList{"files", "@root/none"} << QByteArray("is not a folder");
+    QTest::addRow("cleaning outside an iPod") << QStringList{"clean", "@root/.."} << QByteArray("is not on an iPod");
+    QTest::addRow("checking a bare database") << QStringList{"check", "@root/library.db"} << QByteArray("not a bare database");
 }
 
 void TestCli::errors()
@@ -299,16 +337,30 @@ void TestCli::errors()
     arguments.replaceInStrings("@root", ipod.root());
     const Run run = cli(arguments);
     QCOMPARE(run.exitCode, 2);
+    QVERIFY(run.out.isEmpty());
+    QCOMPARE(run.err.count('\n'), 1); // one line
     QVERIFY2(run.err.contains(message), run.err.constData());
     QVERIFY(!QFileInfo::exists(ipod.path("out")));
 }
 
-void TestCli::versionAndHelp()
+void TestCli::help_data()
 {
-    QCOMPARE(cli({"--version"}).out, QByteArray("kestrune-cli " KESTRUNE_VERSION "\n"));
-    const Run help = cli({"--help"});
-    QCOMPARE(help.exitCode, 0);
-    QVERIFY(help.out.contains("convert SOURCE"));
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("start");
+    QTest::addRow("version") << QStringList{"--version"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n");
+    QTest::addRow("usage") << QStringList{"--help"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n\nUsage:");
+    QTest::addRow("a command's") << QStringList{"convert", "--help"} << QByteArray("Usage: kestrune-cli convert SOURCE");
+    QTest::addRow("before other arguments") << QStringList{"check", "-h", "nothing"} << QByteArray("Usage: kestrune-cli check");
+}
+
+void TestCli::help()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, start);
+    const Run run = cli(arguments);
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(run.out.startsWith(start), run.out.constData());
+    QVERIFY(run.err.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCli)

@@ -1,4 +1,6 @@
 #include "device/IPodDetector.h"
+#include "device/RockboxPlayer.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -6,6 +8,9 @@
 #include <QTest>
 
 using namespace kestrune;
+using namespace kestrune::testing;
+
+Q_DECLARE_METATYPE(kestrune::RockboxPlayer)
 
 namespace {
 
@@ -63,8 +68,8 @@ private Q_SLOTS:
     void selectionFollowsMounts();
     void failedListingKeepsState();
     void customLocations();
-    void customLocationIsForgottenAtNextScan();
-    void scanningFlagSurroundsScan();
+    void rockboxPlayer_data();
+    void rockboxPlayer();
 };
 
 void TestIPodDetector::inspectsLocations_data()
@@ -136,7 +141,7 @@ void TestIPodDetector::selectionFollowsMounts()
     volumes.watcher->mountHappened();
     QCOMPARE(detector->detectedDevices().size(), 2);
     QCOMPARE(detector->selectedDevice(), std::optional(selectedA)); // the old value, old id and all
-    QCOMPARE(selectionChanged.count(), 0);
+    QCOMPARE(selectionChanged.count(), 0);                           // not even assigned
 
     volumes.remove("A");
     volumes.watcher->mountHappened();
@@ -146,7 +151,8 @@ void TestIPodDetector::selectionFollowsMounts()
     volumes.remove("B");
     volumes.watcher->mountHappened();
     QCOMPARE(detector->selectedDevice(), std::nullopt);
-    QCOMPARE(selectionChanged.count(), 2);
+    volumes.watcher->mountHappened(); // none again: assigned, and so announced, again
+    QCOMPARE(selectionChanged.count(), 3);
 }
 
 void TestIPodDetector::failedListingKeepsState()
@@ -186,30 +192,43 @@ void TestIPodDetector::customLocations()
     QCOMPARE(detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path())), std::nullopt);
     QCOMPARE(detector->selectedDevice(), second);
     QCOMPARE(anyChange.count(), 0);
-}
 
-void TestIPodDetector::customLocationIsForgottenAtNextScan()
-{
-    Volumes volumes;
-    volumes.addIPod("A");
-    QTemporaryDir elsewhere;
-    QDir().mkpath(elsewhere.filePath("iPod_Control/iTunes"));
-    QFile(elsewhere.filePath("iPod_Control/iTunes/iTunesDB")).open(QIODevice::WriteOnly);
-    const auto detector = volumes.detector();
-    detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path()));
-    volumes.watcher->mountHappened();
+    volumes.watcher->mountHappened(); // a scan forgets the picked folder, and its selection
     QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
     QCOMPARE(detector->selectedDevice()->name, "A");
 }
 
-void TestIPodDetector::scanningFlagSurroundsScan()
+void TestIPodDetector::rockboxPlayer_data()
 {
-    Volumes volumes;
-    const auto detector = volumes.detector();
-    QSignalSpy scanning(detector.get(), &IPodDetector::isScanningChanged);
-    detector->scanVolumes();
-    QCOMPARE(scanning.count(), 2);
-    QVERIFY(!detector->isScanning());
+    QTest::addColumn<QByteArray>("info");   // .rockbox/rockbox-info.txt, none when empty
+    QTest::addColumn<QByteArray>("config"); // .rockbox/config.cfg, none when empty
+    QTest::addColumn<RockboxPlayer>("expected");
+    using Source = RockboxPlayer::LimitSource;
+    QTest::addRow("no .rockbox") << QByteArray() << QByteArray() << RockboxPlayer{};
+    QTest::addRow("video") << QByteArray("Version: 4.0\nTarget: ipodvideo\n") << QByteArray()
+                           << RockboxPlayer{"ipodvideo", 2000, Source::targetDefault};
+    QTest::addRow("classic") << QByteArray("Target: ipod6g") << QByteArray() << RockboxPlayer{"ipod6g", 10000, Source::targetDefault};
+    QTest::addRow("nano 2G") << QByteArray("target:IPODNANO2G\n") << QByteArray()
+                             << RockboxPlayer{"ipodnano2g", 10000, Source::targetDefault};
+    QTest::addRow("unknown target") << QByteArray("Target: sansae200\n") << QByteArray()
+                                    << RockboxPlayer{"sansae200", 2000, Source::assumed};
+    QTest::addRow("the user's setting") << QByteArray("Target: ipodvideo\n")
+                                        << QByteArray("volume: -25\nmax files in playlist: 5000\n")
+                                        << RockboxPlayer{"ipodvideo", 5000, Source::userSetting};
+    QTest::addRow("a setting out of range") << QByteArray() << QByteArray("max files in playlist: 500\n") << RockboxPlayer{};
+}
+
+void TestIPodDetector::rockboxPlayer()
+{
+    QFETCH(QByteArray, info);
+    QFETCH(QByteArray, config);
+    QFETCH(RockboxPlayer, expected);
+    QTemporaryDir dir;
+    if (!info.isEmpty())
+        writeFile(dir.filePath(".rockbox/rockbox-info.txt"), info);
+    if (!config.isEmpty())
+        writeFile(dir.filePath(".rockbox/config.cfg"), config);
+    QCOMPARE(readRockboxPlayer(dir.path()), expected);
 }
 
 QTEST_GUILESS_MAIN(TestIPodDetector)

@@ -88,6 +88,13 @@ int main(int argc, char **argv)
     writeFile(root.filePath(QStringLiteral("Playlists/._road trip.m3u8")), QByteArray(82, '\0'));
     writeFile(root.filePath(QStringLiteral("Playlists/.DS_Store")), QByteArray("Bud1", 4));
     writeFile(root.filePath(QStringLiteral(".rockbox/config.cfg")), "volume: -25\n");
+    writeFile(root.filePath(QStringLiteral(".rockbox/rockbox-info.txt")), "Target: ipodvideo\nVersion: 4.0\n");
+    // The music, as empty stand-ins, but for one file the player will miss.
+    for (const DemoSong &song : songs) {
+        const QString path = QString::fromLatin1(song.path).replace(u':', u'/');
+        if (!path.endsWith(QLatin1StringView("UNTL.mp3")))
+            writeFile(root.path() + path, {});
+    }
     writeFile(root.filePath(QStringLiteral("iPod_Control/Music/F00/._KQWE.mp3")), QByteArray(82, '\0'));
     return 0;
 }
