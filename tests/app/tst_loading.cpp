@@ -9,175 +9,163 @@ class TestLoading : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadTicksOrdinaryPlaylistsAndShowsFirst();
-    void loadRulesForSmallDatabases_data();
-    void loadRulesForSmallDatabases();
-    void existingFilesAreMatched();
-    void failuresBecomeMessages_data();
-    void failuresBecomeMessages();
-    void everyAssignmentIsAnnounced();
-    void deselectionClearsButKeepsStatus();
-    void deviceFolderReplacesChosenDestination();
-    void playerWarningsFollowTheLoad();
-    void volumeWithoutUtf8NamesIsFlagged();
+    void loadTicksOrdinaryPlaylistsAndShowsFirst()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        QCOMPARE(model.tracks().size(), 3);
+        QCOMPARE(fixture.selectedNames(), (QStringList{"Road Trip", "Chill", "Empty"}));
+        QCOMPARE(model.activeDetailPlaylist()->name, "Road Trip");
+        QCOMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(root + "/Playlists")));
+        QCOMPARE(fixture.playlist("Road Trip").tracks.size(), 2);
+        QCOMPARE(model.loadingPercent(), 100);
+    }
+
+    void loadRulesForSmallDatabases_data()
+    {
+        QTest::addColumn<QByteArray>("database");
+        QTest::addColumn<int>("playlists");
+        QTest::addColumn<QString>("active");
+        QTest::addRow("master only") << ITunesDBWriter().addPlaylist({.name = QString("Library"), .isMaster = true}).build()
+                                     << 1 << "Library";
+        QTest::addRow("no playlists") << ITunesDBWriter().build() << 0 << "";
+    }
+
+    void loadRulesForSmallDatabases()
+    {
+        QFETCH(QByteArray, database);
+        QFETCH(int, playlists);
+        QFETCH(QString, active);
+        AppFixture fixture;
+        fixture.addIPod("IPOD", database);
+        AppViewModel &model = fixture.start();
+        QTRY_VERIFY(!model.isLoading() && model.options().destinationFolder);
+        QTRY_COMPARE(model.playlists().size(), playlists);
+        QVERIFY(model.selectedPlaylistIds().isEmpty());
+        QCOMPARE(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), active);
+    }
+
+    void existingFilesAreMatched()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/road trip.m3u8", "x");
+        writeFile(root + "/Playlists/Road Trip.m3u", "x"); // sorts first, so it is the one attached
+        writeFile(root + "/Playlists/Other.m3u8", "x");
+        AppViewModel &model = fixture.startLoaded();
+        QCOMPARE(fixture.playlist("Road Trip").existingRockboxFile->filename, "Road Trip.m3u");
+        QVERIFY(!fixture.playlist("Chill").existingRockboxFile);
+        QCOMPARE(model.existingRockboxFiles().size(), 3);
+        QCOMPARE(model.currentDirectoryItems().size(), 3);
+        QCOMPARE(model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::IsOnRockboxRole).toBool(), true);
+    }
+
+    void failuresBecomeMessages_data()
+    {
+        QTest::addColumn<QByteArray>("database"); // empty: no database file at all
+        QTest::addColumn<QString>("message");
+        QTest::addRow("missing") << QByteArray() << "iTunesDB";
+        QTest::addRow("not a database") << QByteArray(40, 'x')
+                                        << "File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.";
+    }
+
+    void failuresBecomeMessages()
+    {
+        QFETCH(QByteArray, database);
+        QFETCH(QString, message);
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        if (database.isEmpty())
+            QFile::remove(root + "/iPod_Control/iTunes/iTunesDB");
+        else
+            writeFile(root + "/iPod_Control/iTunes/iTunesDB", database);
+        model.loadDatabase(*model.detector()->selectedDevice());
+        QTRY_VERIFY(!model.isLoading());
+        QVERIFY2(model.errorMessage().value_or(QString()).contains(message), qPrintable(model.errorMessage().value_or("")));
+        QVERIFY(model.playlists().isEmpty() && model.tracks().isEmpty() && model.currentDirectoryItems().isEmpty());
+    }
+
+    void everyAssignmentIsAnnounced()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        model.deselectAllPlaylists();
+        // Choosing the device that is already selected loads it again, ticks included.
+        model.selectDevice(model.selectedDeviceIndex());
+        QTRY_COMPARE(model.tickedPlaylistCount(), 3);
+        // A rescan that finds no device clears what a device left, an earlier message too.
+        model.setErrorMessage(QStringLiteral("stale"));
+        QDir(root).removeRecursively();
+        model.rescanDevices();
+        QTRY_VERIFY(model.playlists().isEmpty());
+        QVERIFY(model.currentDirectoryItems().isEmpty());
+        QCOMPARE(model.errorMessage(), std::nullopt);
+        fixture.settle();
+        QSignalSpy cleared(&model, &AppViewModel::playlistsChanged);
+        model.rescanDevices(); // none again: still announced, still cleared
+        QTRY_COMPARE(cleared.count(), 1);
+    }
+
+    void deselectionClearsButKeepsStatus()
+    {
+        AppFixture fixture;
+        fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        model.applyPendingChanges(); // sets the status message
+        model.setSearchText("road");
+        model.detector()->setSelectedDevice(std::nullopt);
+        QTRY_VERIFY(model.playlists().isEmpty());
+        QVERIFY(model.selectedPlaylistIds().isEmpty());
+        QCOMPARE(model.activeDetailPlaylist(), std::nullopt);
+        QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
+        QCOMPARE(model.searchText(), "road");
+    }
+
+    void deviceFolderReplacesChosenDestination()
+    {
+        AppFixture fixture;
+        fixture.addIPod("A");
+        AppViewModel &model = fixture.startLoaded();
+        QTemporaryDir elsewhere;
+        fixture.picker->answers = {QUrl::fromLocalFile(elsewhere.path())};
+        model.pickDestinationFolder();
+        QCOMPARE(model.playlistsBaseFolderURL(), std::optional(QUrl::fromLocalFile(elsewhere.path())));
+
+        const QString b = fixture.addIPod("B");
+        model.detector()->setSelectedDevice(model.detector()->inspectLocation(QUrl::fromLocalFile(b)));
+        QTRY_COMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(b + "/Playlists")));
+    }
+
+    void playerWarningsFollowTheLoad()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/.rockbox/rockbox-info.txt", "Target: ipod6g\n");
+        writeFile(root + "/iPod_Control/Music/F00/A.mp3", "music"); // Road Trip's B.mp3 is missing
+        AppViewModel &model = fixture.startLoaded();
+        QTRY_COMPARE(model.rockboxTarget(), "ipod6g");
+        QCOMPARE(model.playlistLimit(), 10000);
+        const QList<PlaylistWarning> warnings = model.playlistWarnings().value(fixture.playlist("Road Trip").id);
+        QCOMPARE(warnings, (QList<PlaylistWarning>{{"Road Trip", PlaylistWarning::Kind::missingFiles, 1, 0}}));
+        const QVariantList shown = model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::WarningsRole).toList();
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown.first().toMap().value("kind").toString(), "missingFiles");
+    }
+
+    void volumeWithoutUtf8NamesIsFlagged()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        fixture.mountLine = "36 25 8:17 / " + root.toUtf8() + " rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1";
+        AppViewModel &model = fixture.startLoaded();
+        QVERIFY(model.destinationLacksUtf8Names());
+        fixture.mountLine += ",utf8";
+        QVERIFY(!model.destinationLacksUtf8Names());
+    }
 };
-
-void TestLoading::loadTicksOrdinaryPlaylistsAndShowsFirst()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    QCOMPARE(model.tracks().size(), 3);
-    QCOMPARE(fixture.selectedNames(), (QStringList{"Road Trip", "Chill", "Empty"}));
-    QCOMPARE(model.activeDetailPlaylist()->name, "Road Trip");
-    QCOMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(root + "/Playlists")));
-    QCOMPARE(fixture.playlist("Road Trip").tracks.size(), 2);
-    QCOMPARE(model.loadingPercent(), 100);
-}
-
-void TestLoading::loadRulesForSmallDatabases_data()
-{
-    QTest::addColumn<QByteArray>("database");
-    QTest::addColumn<int>("playlists");
-    QTest::addColumn<QString>("active");
-    QTest::addRow("master only") << ITunesDBWriter().addPlaylist({.name = QString("Library"), .isMaster = true}).build()
-                                 << 1 << "Library";
-    QTest::addRow("no playlists") << ITunesDBWriter().build() << 0 << "";
-}
-
-void TestLoading::loadRulesForSmallDatabases()
-{
-    QFETCH(QByteArray, database);
-    QFETCH(int, playlists);
-    QFETCH(QString, active);
-    AppFixture fixture;
-    fixture.addIPod("IPOD", database);
-    AppViewModel &model = fixture.start();
-    QTRY_VERIFY(!model.isLoading() && model.options().destinationFolder);
-    QTRY_COMPARE(model.playlists().size(), playlists);
-    QVERIFY(model.selectedPlaylistIds().isEmpty());
-    QCOMPARE(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), active);
-}
-
-void TestLoading::existingFilesAreMatched()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/Playlists/road trip.m3u8", "x");
-    writeFile(root + "/Playlists/Road Trip.m3u", "x"); // sorts first, so it is the one attached
-    writeFile(root + "/Playlists/Other.m3u8", "x");
-    AppViewModel &model = fixture.startLoaded();
-    QCOMPARE(fixture.playlist("Road Trip").existingRockboxFile->filename, "Road Trip.m3u");
-    QVERIFY(!fixture.playlist("Chill").existingRockboxFile);
-    QCOMPARE(model.existingRockboxFiles().size(), 3);
-    QCOMPARE(model.currentDirectoryItems().size(), 3);
-    QCOMPARE(model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::IsOnRockboxRole).toBool(), true);
-}
-
-void TestLoading::failuresBecomeMessages_data()
-{
-    QTest::addColumn<QByteArray>("database"); // empty: no database file at all
-    QTest::addColumn<QString>("message");
-    QTest::addRow("missing") << QByteArray() << "iTunesDB";
-    QTest::addRow("not a database") << QByteArray(40, 'x')
-                                    << "File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.";
-}
-
-void TestLoading::failuresBecomeMessages()
-{
-    QFETCH(QByteArray, database);
-    QFETCH(QString, message);
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    if (database.isEmpty())
-        QFile::remove(root + "/iPod_Control/iTunes/iTunesDB");
-    else
-        writeFile(root + "/iPod_Control/iTunes/iTunesDB", database);
-    model.loadDatabase(*model.detector()->selectedDevice());
-    QTRY_VERIFY(!model.isLoading());
-    QVERIFY2(model.errorMessage().value_or(QString()).contains(message), qPrintable(model.errorMessage().value_or("")));
-    QVERIFY(model.playlists().isEmpty() && model.tracks().isEmpty() && model.currentDirectoryItems().isEmpty());
-}
-
-void TestLoading::everyAssignmentIsAnnounced()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    model.deselectAllPlaylists();
-    // Choosing the device that is already selected loads it again, ticks included.
-    model.selectDevice(model.selectedDeviceIndex());
-    QTRY_COMPARE(model.tickedPlaylistCount(), 3);
-    // A rescan that finds no device clears what a device left, an earlier message too.
-    model.setErrorMessage(QStringLiteral("stale"));
-    QDir(root).removeRecursively();
-    model.rescanDevices();
-    QTRY_VERIFY(model.playlists().isEmpty());
-    QVERIFY(model.currentDirectoryItems().isEmpty());
-    QCOMPARE(model.errorMessage(), std::nullopt);
-    fixture.settle();
-    QSignalSpy cleared(&model, &AppViewModel::playlistsChanged);
-    model.rescanDevices(); // none again: still announced, still cleared
-    QTRY_COMPARE(cleared.count(), 1);
-}
-
-void TestLoading::deselectionClearsButKeepsStatus()
-{
-    AppFixture fixture;
-    fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    model.applyPendingChanges(); // sets the status message
-    model.setSearchText("road");
-    model.detector()->setSelectedDevice(std::nullopt);
-    QTRY_VERIFY(model.playlists().isEmpty());
-    QVERIFY(model.selectedPlaylistIds().isEmpty());
-    QCOMPARE(model.activeDetailPlaylist(), std::nullopt);
-    QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
-    QCOMPARE(model.searchText(), "road");
-}
-
-void TestLoading::deviceFolderReplacesChosenDestination()
-{
-    AppFixture fixture;
-    fixture.addIPod("A");
-    AppViewModel &model = fixture.startLoaded();
-    QTemporaryDir elsewhere;
-    fixture.picker->answers = {QUrl::fromLocalFile(elsewhere.path())};
-    model.pickDestinationFolder();
-    QCOMPARE(model.playlistsBaseFolderURL(), std::optional(QUrl::fromLocalFile(elsewhere.path())));
-
-    const QString b = fixture.addIPod("B");
-    model.detector()->setSelectedDevice(model.detector()->inspectLocation(QUrl::fromLocalFile(b)));
-    QTRY_COMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(b + "/Playlists")));
-}
-
-void TestLoading::playerWarningsFollowTheLoad()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/.rockbox/rockbox-info.txt", "Target: ipod6g\n");
-    writeFile(root + "/iPod_Control/Music/F00/A.mp3", "music"); // Road Trip's B.mp3 is missing
-    AppViewModel &model = fixture.startLoaded();
-    QTRY_COMPARE(model.rockboxTarget(), "ipod6g");
-    QCOMPARE(model.playlistLimit(), 10000);
-    const QList<PlaylistWarning> warnings = model.playlistWarnings().value(fixture.playlist("Road Trip").id);
-    QCOMPARE(warnings, (QList<PlaylistWarning>{{"Road Trip", PlaylistWarning::Kind::missingFiles, 1, 0}}));
-    const QVariantList shown = model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::WarningsRole).toList();
-    QCOMPARE(shown.size(), 1);
-    QCOMPARE(shown.first().toMap().value("kind").toString(), "missingFiles");
-}
-
-void TestLoading::volumeWithoutUtf8NamesIsFlagged()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    fixture.mountLine = "36 25 8:17 / " + root.toUtf8() + " rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1";
-    AppViewModel &model = fixture.startLoaded();
-    QVERIFY(model.destinationLacksUtf8Names());
-    fixture.mountLine += ",utf8";
-    QVERIFY(!model.destinationLacksUtf8Names());
-}
 
 QTEST_GUILESS_MAIN(TestLoading)
 #include "tst_loading.moc"

@@ -18,218 +18,254 @@ QStringList fileNames(const AppViewModel &model)
 
 } // namespace
 
-// The conversion run, the Rockbox folder with its staged deletions, and the folder pickers.
+// The conversion run, the Rockbox folder with its staged deletions, the folder pickers, and a full cycle
+// that changes only what it should. (Device faults: tests/fat32, on a real FAT32 volume.)
 class TestRuns : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void conversionReportsProgressAndResults();
-    void conversionExportsHiddenTickedPlaylists();
-    void conversionRefusals_data();
-    void conversionRefusals();
-    void conversionLeavesDotFilesWhenAsked();
-    void stageDiscardAndApply();
-    void applyReportsFilesThatCouldNotBeRemoved();
-    void pickers();
-    void showsFileInFileManager();
-};
+    void conversionReportsProgressAndResults()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        QList<double> progress;
+        connect(&model, &AppViewModel::conversionProgressChanged, &model,
+                [&] { progress.append(model.conversionProgress()); });
+        QSignalSpy feedback(&model, &AppViewModel::conversionSuccessFeedbackChanged);
+        model.setShowExportSummary(true);
+        model.convertSelectedPlaylists();
+        QVERIFY(model.isConverting());
+        QTRY_VERIFY(!model.isConverting());
 
-void TestRuns::conversionReportsProgressAndResults()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    QList<double> progress;
-    connect(&model, &AppViewModel::conversionProgressChanged, &model,
-            [&] { progress.append(model.conversionProgress()); });
-    QSignalSpy feedback(&model, &AppViewModel::conversionSuccessFeedbackChanged);
-    model.setShowExportSummary(true);
-    model.convertSelectedPlaylists();
-    QVERIFY(model.isConverting());
-    QTRY_VERIFY(!model.isConverting());
-
-    QCOMPARE(progress, (QList<double>{0.0, 1.0 / 3.0, 2.0 / 3.0, 1.0}));
-    QStringList names;
-    for (const ExportItemResult &result : model.exportResults())
-        names.append(result.playlistName);
-    QCOMPARE(names, (QStringList{"Road Trip", "Chill", "Empty"}));
-    QVERIFY(model.conversionSuccessFeedback());
-    QVERIFY(!model.showExportSummary());
-    QTRY_COMPARE(fileNames(model), (QStringList{"Chill.m3u8", "Empty.m3u8", "Road Trip.m3u8"}));
-    QVERIFY(fixture.playlist("Road Trip").existingRockboxFile); // the marks follow the new files
-    QTRY_VERIFY(!model.conversionSuccessFeedback());
-    QCOMPARE(feedback.count(), 2);
-    QVERIFY(QFileInfo::exists(root + "/Playlists/Road Trip.m3u8"));
-}
-
-void TestRuns::conversionExportsHiddenTickedPlaylists()
-{
-    AppFixture fixture;
-    fixture.addIPod("IPOD");
-    AppViewModel &model = fixture.startLoaded();
-    model.setOnlySmartPlaylists(true);
-    model.setSearchText("zzz");
-    model.convertSelectedPlaylists();
-    QTRY_VERIFY(!model.isConverting());
-    QCOMPARE(model.exportResults().size(), 3);
-}
-
-void TestRuns::conversionRefusals_data()
-{
-    QTest::addColumn<bool>("withDevice");
-    QTest::addColumn<QString>("message");
-    QTest::addRow("no folder") << false << "Nessuna cartella di destinazione Playlists disponibile sull'iPod.";
-    QTest::addRow("nothing ticked") << true << "Seleziona almeno una playlist da convertire.";
-}
-
-void TestRuns::conversionRefusals()
-{
-    QFETCH(bool, withDevice);
-    QFETCH(QString, message);
-    AppFixture fixture;
-    if (withDevice)
-        fixture.addIPod("IPOD");
-    AppViewModel &model = withDevice ? fixture.startLoaded() : fixture.start();
-    if (withDevice) {
-        model.deselectAllPlaylists();
-        model.togglePlaylistSelection("an id that no playlist has");
+        QCOMPARE(progress, (QList<double>{0.0, 1.0 / 3.0, 2.0 / 3.0, 1.0}));
+        QStringList names;
+        for (const ExportItemResult &result : model.exportResults())
+            names.append(result.playlistName);
+        QCOMPARE(names, (QStringList{"Road Trip", "Chill", "Empty"}));
+        QVERIFY(model.conversionSuccessFeedback());
+        QVERIFY(!model.showExportSummary());
+        QTRY_COMPARE(fileNames(model), (QStringList{"Chill.m3u8", "Empty.m3u8", "Road Trip.m3u8"}));
+        QVERIFY(fixture.playlist("Road Trip").existingRockboxFile); // the marks follow the new files
+        QTRY_VERIFY(!model.conversionSuccessFeedback());
+        QCOMPARE(feedback.count(), 2);
+        QVERIFY(QFileInfo::exists(root + "/Playlists/Road Trip.m3u8"));
     }
-    model.convertSelectedPlaylists();
-    QCOMPARE(model.errorMessage(), std::optional(message));
-    QVERIFY(!model.isConverting());
-    QVERIFY(model.exportResults().isEmpty());
-}
 
-void TestRuns::conversionLeavesDotFilesWhenAsked()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/Playlists/._junk", "x");
-    AppViewModel &model = fixture.startLoaded();
-    ConversionOptions options = model.options();
-    options.cleanDotFiles = false;
-    model.setOptions(options);
-    model.convertSelectedPlaylists();
-    QTRY_VERIFY(!model.isConverting());
-    QVERIFY(QFileInfo::exists(root + "/Playlists/._junk"));
-    options.cleanDotFiles = true;
-    model.setOptions(options);
-    model.convertSelectedPlaylists();
-    QTRY_VERIFY(!model.isConverting());
-    QVERIFY(!QFileInfo::exists(root + "/Playlists/._junk"));
-}
+    void conversionExportsHiddenTickedPlaylists()
+    {
+        AppFixture fixture;
+        fixture.addIPod("IPOD");
+        AppViewModel &model = fixture.startLoaded();
+        model.setOnlySmartPlaylists(true);
+        model.setSearchText("zzz");
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QCOMPARE(model.exportResults().size(), 3);
+    }
 
-void TestRuns::stageDiscardAndApply()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/Playlists/a.m3u8", "x");
-    writeFile(root + "/Playlists/b.m3u", "x");
-    writeFile(root + "/Playlists/road trip.m3u8", "x");
-    AppViewModel &model = fixture.startLoaded();
-    new QAbstractItemModelTester(model.pendingActionsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, &model);
-    QVERIFY(fixture.playlist("Road Trip").existingRockboxFile);
+    void conversionRefusals_data()
+    {
+        QTest::addColumn<bool>("withDevice");
+        QTest::addColumn<QString>("message");
+        QTest::addRow("no folder") << false << "Nessuna cartella di destinazione Playlists disponibile sull'iPod.";
+        QTest::addRow("nothing ticked") << true << "Seleziona almeno una playlist da convertire.";
+    }
 
-    model.stageDelete({model.currentDirectoryItems().at(0), model.currentDirectoryItems().at(1)});
-    QCOMPARE(model.pendingActions().size(), 2);
-    QCOMPARE(model.pendingActions().at(0).description, "Elimina playlist 'a.m3u8'");
-    QCOMPARE(model.pendingActions().at(1).description, "Elimina playlist 'b.m3u'");
-    QCOMPARE(model.pendingActionsModel()->rowCount(), 2);
-    model.discardPendingActions();
-    QVERIFY(model.pendingActions().isEmpty());
-    QCOMPARE(fileNames(model).size(), 3);
+    void conversionRefusals()
+    {
+        QFETCH(bool, withDevice);
+        QFETCH(QString, message);
+        AppFixture fixture;
+        if (withDevice)
+            fixture.addIPod("IPOD");
+        AppViewModel &model = withDevice ? fixture.startLoaded() : fixture.start();
+        if (withDevice) {
+            model.deselectAllPlaylists();
+            model.togglePlaylistSelection("an id that no playlist has");
+        }
+        model.convertSelectedPlaylists();
+        QCOMPARE(model.errorMessage(), std::optional(message));
+        QVERIFY(!model.isConverting());
+        QVERIFY(model.exportResults().isEmpty());
+    }
 
-    model.clickFileRow(2, {}); // road trip.m3u8
-    model.stageSelectedFiles();
-    model.stageFileRow(0);
-    model.applyPendingChanges();
-    QVERIFY(model.pendingActions().isEmpty());
-    QVERIFY(model.selectedFileItemIds().isEmpty());
-    QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
-    QTRY_COMPARE(fileNames(model), QStringList{"b.m3u"});
-    QVERIFY(!fixture.playlist("Road Trip").existingRockboxFile); // its mark went with the file
-}
+    void conversionLeavesDotFilesWhenAsked()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/._junk", "x");
+        AppViewModel &model = fixture.startLoaded();
+        ConversionOptions options = model.options();
+        options.cleanDotFiles = false;
+        model.setOptions(options);
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QVERIFY(QFileInfo::exists(root + "/Playlists/._junk"));
+        options.cleanDotFiles = true;
+        model.setOptions(options);
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QVERIFY(!QFileInfo::exists(root + "/Playlists/._junk"));
+    }
 
-void TestRuns::applyReportsFilesThatCouldNotBeRemoved()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/Playlists/gone.m3u8", "x");
-    writeFile(root + "/Playlists/kept.m3u8", "x");
-    AppViewModel &model = fixture.startLoaded();
-    model.selectAllPlaylistFiles();
-    model.stageSelectedFiles();
-    QFile::remove(root + "/Playlists/gone.m3u8"); // removed outside the program
-    model.applyPendingChanges();
-    QVERIFY(!QFileInfo::exists(root + "/Playlists/kept.m3u8"));
-    const QString error = model.errorMessage().value_or(QString());
-    QVERIFY2(error.startsWith("Errore nell'eliminazione di 'gone.m3u8': "), qPrintable(error));
-    QVERIFY(!error.contains('\n'));
-    QCOMPARE(model.statusMessage(), std::nullopt);
-    QVERIFY(model.pendingActions().isEmpty());
-    QVERIFY(model.selectedFileItemIds().isEmpty());
+    void stageDiscardAndApply()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/a.m3u8", "x");
+        writeFile(root + "/Playlists/b.m3u", "x");
+        writeFile(root + "/Playlists/road trip.m3u8", "x");
+        AppViewModel &model = fixture.startLoaded();
+        new QAbstractItemModelTester(model.pendingActionsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, &model);
+        QVERIFY(fixture.playlist("Road Trip").existingRockboxFile);
 
-    // With no folder at all, applying changes nothing, not even the staged list.
-    model.detector()->setSelectedDevice(std::nullopt);
-    model.setOptions({});
-    model.stageDelete({RockboxFileItem{.name = "x.m3u8", .fileURL = QUrl::fromLocalFile(root + "/Playlists/x.m3u8")}});
-    model.applyPendingChanges();
-    QCOMPARE(model.pendingActions().size(), 1);
-}
+        model.stageDelete({model.currentDirectoryItems().at(0), model.currentDirectoryItems().at(1)});
+        QCOMPARE(model.pendingActions().size(), 2);
+        QCOMPARE(model.pendingActions().at(0).description, "Elimina playlist 'a.m3u8'");
+        QCOMPARE(model.pendingActions().at(1).description, "Elimina playlist 'b.m3u'");
+        QCOMPARE(model.pendingActionsModel()->rowCount(), 2);
+        model.discardPendingActions();
+        QVERIFY(model.pendingActions().isEmpty());
+        QCOMPARE(fileNames(model).size(), 3);
 
-void TestRuns::pickers()
-{
-    AppFixture fixture;
-    AppViewModel &model = fixture.start();
-    QTemporaryDir elsewhere;
-    const QString backup = elsewhere.filePath("Backup");
-    QDir().mkpath(backup);
+        model.clickFileRow(2, {}); // road trip.m3u8
+        model.stageSelectedFiles();
+        model.stageFileRow(0);
+        model.applyPendingChanges();
+        QVERIFY(model.pendingActions().isEmpty());
+        QVERIFY(model.selectedFileItemIds().isEmpty());
+        QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
+        QTRY_COMPARE(fileNames(model), QStringList{"b.m3u"});
+        QVERIFY(!fixture.playlist("Road Trip").existingRockboxFile); // its mark went with the file
+    }
 
-    fixture.picker->answers = {std::nullopt};
-    model.pickCustomFolder(); // cancelled: nothing at all
-    QCOMPARE(model.errorMessage(), std::nullopt);
-    QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Cartella iPod");
-    QCOMPARE(fixture.picker->requests.last().message,
-             std::optional<QString>("Seleziona la directory radice dell'iPod o una cartella contenente iPod_Control"));
-    QVERIFY(!fixture.picker->requests.last().canCreateFolders);
+    void applyReportsFilesThatCouldNotBeRemoved()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/gone.m3u8", "x");
+        writeFile(root + "/Playlists/kept.m3u8", "x");
+        AppViewModel &model = fixture.startLoaded();
+        model.selectAllPlaylistFiles();
+        model.stageSelectedFiles();
+        QFile::remove(root + "/Playlists/gone.m3u8"); // removed outside the program
+        model.applyPendingChanges();
+        QVERIFY(!QFileInfo::exists(root + "/Playlists/kept.m3u8"));
+        const QString error = model.errorMessage().value_or(QString());
+        QVERIFY2(error.startsWith("Errore nell'eliminazione di 'gone.m3u8': "), qPrintable(error));
+        QVERIFY(!error.contains('\n'));
+        QCOMPARE(model.statusMessage(), std::nullopt);
+        QVERIFY(model.pendingActions().isEmpty());
+        QVERIFY(model.selectedFileItemIds().isEmpty());
 
-    fixture.picker->answers = {QUrl::fromLocalFile(backup)};
-    model.pickCustomFolder();
-    QCOMPARE(model.errorMessage(),
-             std::optional<QString>("Nessun database iTunesDB trovato in 'Backup'. Assicurati che contenga la cartella "
-                                    "'iPod_Control/iTunes/'."));
+        // With no folder at all, applying changes nothing, not even the staged list.
+        model.detector()->setSelectedDevice(std::nullopt);
+        model.setOptions({});
+        model.stageDelete({RockboxFileItem{.name = "x.m3u8", .fileURL = QUrl::fromLocalFile(root + "/Playlists/x.m3u8")}});
+        model.applyPendingChanges();
+        QCOMPARE(model.pendingActions().size(), 1);
+    }
 
-    writeFile(backup + "/iPod_Control/iTunes/iTunesDB", sampleDatabase());
-    fixture.picker->answers = {QUrl::fromLocalFile(backup)};
-    model.pickCustomFolder();
-    fixture.settle(); // the selection starts a second load of the same folder
-    QCOMPARE(model.playlists().size(), 4);
-    QCOMPARE(model.detector()->selectedDevice()->name, "Backup");
-    QCOMPARE(model.errorMessage(), std::nullopt);
+    void pickers()
+    {
+        AppFixture fixture;
+        AppViewModel &model = fixture.start();
+        QTemporaryDir elsewhere;
+        const QString backup = elsewhere.filePath("Backup");
+        QDir().mkpath(backup);
 
-    const QString destination = elsewhere.filePath("Out");
-    writeFile(destination + "/Existing.m3u8", "x");
-    fixture.picker->answers = {QUrl::fromLocalFile(destination)};
-    model.pickDestinationFolder();
-    QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Destinazione");
-    QCOMPARE(fixture.picker->requests.last().message, std::nullopt);
-    QVERIFY(fixture.picker->requests.last().canCreateFolders);
-    QTRY_COMPARE(fileNames(model), QStringList{"Existing.m3u8"});
-    model.convertSelectedPlaylists();
-    QTRY_VERIFY(!model.isConverting());
-    QVERIFY(QFileInfo::exists(destination + "/Road Trip.m3u8"));
-}
+        fixture.picker->answers = {std::nullopt};
+        model.pickCustomFolder(); // cancelled: nothing at all
+        QCOMPARE(model.errorMessage(), std::nullopt);
+        QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Cartella iPod");
+        QCOMPARE(fixture.picker->requests.last().message,
+                 std::optional<QString>("Seleziona la directory radice dell'iPod o una cartella contenente iPod_Control"));
+        QVERIFY(!fixture.picker->requests.last().canCreateFolders);
 
-void TestRuns::showsFileInFileManager()
-{
-    AppFixture fixture;
-    const QString root = fixture.addIPod("IPOD");
-    writeFile(root + "/Playlists/a.m3u8", "x");
-    AppViewModel &model = fixture.startLoaded();
-    model.showFileRowInFileManager(0);
-    model.showFileRowInFileManager(5);
-    QCOMPARE(fixture.revealer->revealed, QList<QUrl>{QUrl::fromLocalFile(root + "/Playlists/a.m3u8")});
-}
+        fixture.picker->answers = {QUrl::fromLocalFile(backup)};
+        model.pickCustomFolder();
+        QCOMPARE(model.errorMessage(),
+                 std::optional<QString>("Nessun database iTunesDB trovato in 'Backup'. Assicurati che contenga la cartella "
+                                        "'iPod_Control/iTunes/'."));
+
+        writeFile(backup + "/iPod_Control/iTunes/iTunesDB", sampleDatabase());
+        fixture.picker->answers = {QUrl::fromLocalFile(backup)};
+        model.pickCustomFolder();
+        fixture.settle(); // the selection starts a second load of the same folder
+        QCOMPARE(model.playlists().size(), 4);
+        QCOMPARE(model.detector()->selectedDevice()->name, "Backup");
+        QCOMPARE(model.errorMessage(), std::nullopt);
+
+        const QString destination = elsewhere.filePath("Out");
+        writeFile(destination + "/Existing.m3u8", "x");
+        fixture.picker->answers = {QUrl::fromLocalFile(destination)};
+        model.pickDestinationFolder();
+        QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Destinazione");
+        QCOMPARE(fixture.picker->requests.last().message, std::nullopt);
+        QVERIFY(fixture.picker->requests.last().canCreateFolders);
+        QTRY_COMPARE(fileNames(model), QStringList{"Existing.m3u8"});
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QVERIFY(QFileInfo::exists(destination + "/Road Trip.m3u8"));
+    }
+
+    void showsFileInFileManager()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/a.m3u8", "x");
+        AppViewModel &model = fixture.startLoaded();
+        model.showFileRowInFileManager(0);
+        model.showFileRowInFileManager(5);
+        QCOMPARE(fixture.revealer->revealed, QList<QUrl>{QUrl::fromLocalFile(root + "/Playlists/a.m3u8")});
+    }
+
+    void fullCycleChangesOnlyExpectedPaths()
+    {
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/iPod_Control/Music/F00/A.mp3", "music");
+        writeFile(root + "/iPod_Control/Music/F00/._A.mp3", "junk beside the music");
+        writeFile(root + "/.rockbox/config.cfg", "volume: -25");
+        writeFile(root + "/.DS_Store", "junk at the root");
+        writeFile(root + "/Playlists/Old.m3u8", "to be deleted");
+        writeFile(root + "/Playlists/Keep.m3u", "kept");
+        writeFile(root + "/Playlists/road trip.m3u8", "updated in place? no: another name");
+        writeFile(root + "/Playlists/._Old.m3u8", "junk");
+        writeFile(root + "/Playlists/.rockbox/x", "spared");
+    #ifndef Q_OS_WIN
+        QTemporaryDir outside;
+        writeFile(outside.filePath("._precious"), "not ours");
+        QVERIFY(QFile::link(outside.path(), root + "/Playlists/linked"));
+    #endif
+        const QMap<QString, QByteArray> before = snapshotTree(root);
+
+        AppViewModel &model = fixture.startLoaded();
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QTRY_COMPARE(model.currentDirectoryItems().size(), 6);
+        const auto old = std::find_if(model.currentDirectoryItems().cbegin(), model.currentDirectoryItems().cend(),
+                                      [](const RockboxFileItem &item) { return item.name == "Old.m3u8"; });
+        QVERIFY(old != model.currentDirectoryItems().cend());
+        model.stageDelete({*old});
+        model.applyPendingChanges();
+        QTRY_COMPARE(model.currentDirectoryItems().size(), 5);
+
+        QMap<QString, QByteArray> expected = before;
+        expected.remove("Playlists/Old.m3u8");  // staged and applied
+        expected.remove("Playlists/._Old.m3u8"); // a dot file of the playlists folder
+        const QMap<QString, QByteArray> after = snapshotTree(root);
+        for (const char *written : {"Playlists/Road Trip.m3u8", "Playlists/Chill.m3u8", "Playlists/Empty.m3u8"}) {
+            QVERIFY2(after.contains(written), qPrintable(written));
+            expected.insert(written, after.value(written));
+        }
+        QCOMPARE(after, expected);
+    #ifndef Q_OS_WIN
+        QCOMPARE(readFile(outside.filePath("._precious")), QByteArray("not ours"));
+    #endif
+    }
+};
 
 QTEST_GUILESS_MAIN(TestRuns)
 #include "tst_runs.moc"

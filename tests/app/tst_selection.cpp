@@ -51,188 +51,175 @@ class TestSelection : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void playlistClicks_data();
-    void playlistClicks();
-    void rangeStopsAtTheListEnd();
-    void clickOnHiddenPlaylistIsIgnored();
-    void filters_data();
-    void filters();
-    void selectAllCoversOnlyVisiblePlaylists();
-    void listChangesAreAnnouncedRowByRow();
-    void fileSelection();
-    void derivedValuesFollowTheirSources();
+    void init()
+    {
+        m_fixture = std::make_unique<AppFixture>();
+        m_fixture->addIPod("IPOD", lettersDatabase());
+        for (const char *name : {"one.m3u8", "two.m3u8", "three.m3u8"})
+            writeFile(m_fixture->volumes + "/IPOD/Playlists/" + name, "x");
+        m_model = &m_fixture->startLoaded(6);
+        new QAbstractItemModelTester(m_model->filteredPlaylistsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, m_model);
+        new QAbstractItemModelTester(m_model->currentDirectoryItemsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, m_model);
+    }
+
+    void cleanup()
+    {
+        m_fixture.reset();
+    }
+
+    void playlistClicks_data()
+    {
+        QTest::addColumn<QStringList>("clicks"); // "B", "cmd B", "shift B", "cmdshift B"
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QString>("active");
+        QTest::addRow("plain click selects one") << QStringList{"B"} << "B" << "B";
+        QTest::addRow("shift adds the range") << QStringList{"B", "shift D"} << "B,C,D" << "D";
+        QTest::addRow("anchor stays for the next shift") << QStringList{"B", "shift D", "shift A"} << "A,B,C,D" << "A";
+        QTest::addRow("plain on the only selected deselects") << QStringList{"B", "B"} << "" << "B";
+        QTest::addRow("plain on one of two keeps it alone") << QStringList{"B", "cmd C", "B"} << "B" << "B";
+        QTest::addRow("command removes one and moves the anchor")
+            << QStringList{"B", "cmd C", "cmd B", "shift D"} << "B,C,D" << "D";
+        QTest::addRow("shift without anchor is a plain click") << QStringList{"shift C"} << "C" << "C";
+        QTest::addRow("command and shift without anchor toggle") << QStringList{"cmdshift C"} << "A,B,D,E" << "C";
+        QTest::addRow("shift wins over command") << QStringList{"B", "cmdshift D"} << "B,C,D" << "D";
+    }
+
+    void playlistClicks()
+    {
+        QFETCH(QStringList, clicks);
+        QFETCH(QString, selected);
+        QFETCH(QString, active);
+        for (const QString &click : clicks) {
+            const QStringList parts = click.split(' ');
+            Qt::KeyboardModifiers modifiers;
+            if (parts.size() == 2 && parts[0].contains("cmd"))
+                modifiers |= Qt::ControlModifier;
+            if (parts.size() == 2 && parts[0].contains("shift"))
+                modifiers |= Qt::ShiftModifier;
+            m_model->clickPlaylistRow(rowOf(*m_model, parts.last()), modifiers);
+        }
+        QCOMPARE(m_fixture->selectedNames().join(','), selected);
+        QCOMPARE(m_model->activeDetailPlaylist()->name, active);
+    }
+
+    void rangeStopsAtTheListEnd()
+    {
+        m_model->clickPlaylistRow(rowOf(*m_model, "E"), {}); // anchor at row 4
+        m_model->setSearchText("beat");                     // B (artist) and C (title) remain
+        QCOMPARE(filteredNames(*m_model), (QStringList{"B", "C"}));
+        m_model->clickPlaylistRow(0, Qt::ShiftModifier);
+        QCOMPARE(m_fixture->selectedNames().join(','), "B,C,E");
+    }
+
+    void clickOnHiddenPlaylistIsIgnored()
+    {
+        const Playlist master = m_fixture->playlist("Library");
+        const QSet<QString> before = m_model->selectedPlaylistIds();
+        m_model->handlePlaylistClick(master, false, false);
+        QCOMPARE(m_model->selectedPlaylistIds(), before);
+        QCOMPARE(m_model->activeDetailPlaylist()->name, "A");
+    }
+
+    void filters_data()
+    {
+        QTest::addColumn<QString>("search");
+        QTest::addColumn<bool>("hideMaster");
+        QTest::addColumn<bool>("onlySmart");
+        QTest::addColumn<QStringList>("shown");
+        QTest::addRow("defaults hide the master") << "" << true << false << QStringList{"A", "B", "C", "D", "E"};
+        QTest::addRow("master shown") << "" << false << false << QStringList{"Library", "A", "B", "C", "D", "E"};
+        QTest::addRow("only smart") << "" << true << true << QStringList{"A"};
+        QTest::addRow("artist and title, not album") << "beat" << true << false << QStringList{"B", "C"};
+        QTest::addRow("playlist name, case-blind") << "c" << true << false << QStringList{"C"};
+        QTest::addRow("names and tracks alike") << "d" << true << false << QStringList{"A", "B", "D", "E"};
+        QTest::addRow("search is not trimmed") << " d" << true << false << QStringList{};
+        QTest::addRow("search and master") << "beat" << false << false << QStringList{"Library", "B", "C"};
+        QTest::addRow("composed finds decomposed") << "F\u00e9te" << true << false << QStringList{"B"};
+        QTest::addRow("decomposed finds composed") << "Sole\u0301" << true << false << QStringList{"C"};
+    }
+
+    void filters()
+    {
+        QFETCH(QString, search);
+        QFETCH(bool, hideMaster);
+        QFETCH(bool, onlySmart);
+        QFETCH(QStringList, shown);
+        m_model->setSearchText(search);
+        m_model->setHideMasterPlaylist(hideMaster);
+        m_model->setOnlySmartPlaylists(onlySmart);
+        QCOMPARE(filteredNames(*m_model), shown);
+        QCOMPARE(m_model->filteredPlaylistsModel()->rowCount(), shown.size());
+        // The index built after the load gives the same answers as the plain filter.
+        const PlaylistFilter filter{search, hideMaster, onlySmart};
+        QCOMPARE(filter.apply(m_model->playlists(), PlaylistSearchIndex(m_model->playlists())), filter.apply(m_model->playlists()));
+    }
+
+    void selectAllCoversOnlyVisiblePlaylists()
+    {
+        m_model->deselectAllPlaylists();
+        QCOMPARE(m_fixture->selectedNames(), QStringList{});
+        m_model->togglePlaylistSelection(m_fixture->playlist("E").id);
+        m_model->setSearchText("beat");
+        m_model->selectAllPlaylists();
+        QCOMPARE(m_fixture->selectedNames().join(','), "B,C,E"); // E stays ticked though hidden
+        m_model->setSearchText("");
+        m_model->selectAllPlaylists();
+        QVERIFY(!m_model->selectedPlaylistIds().contains(m_fixture->playlist("Library").id));
+        m_model->setSearchText("beat");
+        m_model->deselectAllPlaylists();
+        QCOMPARE(m_fixture->selectedNames().join(','), "A,D,E");
+    }
+
+    void listChangesAreAnnouncedRowByRow()
+    {
+        QAbstractItemModel *rows = m_model->filteredPlaylistsModel();
+        QSignalSpy reset(rows, &QAbstractItemModel::modelReset);
+        QSignalSpy changed(rows, &QAbstractItemModel::dataChanged);
+        m_model->togglePlaylistSelection(m_fixture->playlist("C").id);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.first().at(0).toModelIndex().row(), 2);
+        QCOMPARE(rows->index(2, 0).data(PlaylistListModel::IsTickedRole).toBool(), false);
+        m_model->setSearchText("beat");
+        m_model->setHideMasterPlaylist(false);
+        m_model->setSearchText("");
+        QCOMPARE(reset.count(), 0);
+        QCOMPARE(rows->index(0, 0).data(PlaylistListModel::NameRole).toString(), "Library");
+    }
+
+    void fileSelection()
+    {
+        QVERIFY(!m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
+        m_model->clickFileRow(0, {});
+        QVERIFY(m_model->isPartiallyPlaylistFilesSelected());
+        m_model->clickFileRow(2, Qt::ShiftModifier);
+        QVERIFY(m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
+        m_model->clickFileRow(7, {}); // no such row: nothing happens
+        m_model->toggleAllPlaylistFilesSelection();
+        QVERIFY(m_model->selectedFileItemIds().isEmpty());
+        m_model->toggleAllPlaylistFilesSelection();
+        m_model->toggleFileItemSelection(m_model->currentDirectoryItems().at(1).id());
+        QCOMPARE(m_model->selectedFileItemIds().size(), 2);
+        QCOMPARE(m_model->currentDirectoryItemsModel()->index(1, 0).data(FileItemListModel::IsSelectedRole).toBool(), false);
+    }
+
+    void derivedValuesFollowTheirSources()
+    {
+        QCOMPARE(m_model->filteredTickState(), 2);
+        m_model->togglePlaylistSelection(m_fixture->playlist("B").id);
+        QCOMPARE(m_model->filteredTickState(), 1);
+        QCOMPARE(m_model->tickedPlaylistCount(), 4);
+        m_model->deselectAllPlaylists();
+        QCOMPARE(m_model->filteredTickState(), 0);
+        QSignalSpy filesSide(m_model, &AppViewModel::fileSelectionChanged);
+        m_model->clickFileRow(1, {});
+        QCOMPARE(m_model->selectedFileCount(), 1);
+        QCOMPARE(filesSide.count(), 1);
+    }
 
 private:
     std::unique_ptr<AppFixture> m_fixture;
     AppViewModel *m_model = nullptr;
 };
-
-void TestSelection::init()
-{
-    m_fixture = std::make_unique<AppFixture>();
-    m_fixture->addIPod("IPOD", lettersDatabase());
-    for (const char *name : {"one.m3u8", "two.m3u8", "three.m3u8"})
-        writeFile(m_fixture->volumes + "/IPOD/Playlists/" + name, "x");
-    m_model = &m_fixture->startLoaded(6);
-    new QAbstractItemModelTester(m_model->filteredPlaylistsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, m_model);
-    new QAbstractItemModelTester(m_model->currentDirectoryItemsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest, m_model);
-}
-
-void TestSelection::cleanup()
-{
-    m_fixture.reset();
-}
-
-void TestSelection::playlistClicks_data()
-{
-    QTest::addColumn<QStringList>("clicks"); // "B", "cmd B", "shift B", "cmdshift B"
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("active");
-    QTest::addRow("plain click selects one") << QStringList{"B"} << "B" << "B";
-    QTest::addRow("shift adds the range") << QStringList{"B", "shift D"} << "B,C,D" << "D";
-    QTest::addRow("anchor stays for the next shift") << QStringList{"B", "shift D", "shift A"} << "A,B,C,D" << "A";
-    QTest::addRow("plain on the only selected deselects") << QStringList{"B", "B"} << "" << "B";
-    QTest::addRow("plain on one of two keeps it alone") << QStringList{"B", "cmd C", "B"} << "B" << "B";
-    QTest::addRow("command removes one and moves the anchor")
-        << QStringList{"B", "cmd C", "cmd B", "shift D"} << "B,C,D" << "D";
-    QTest::addRow("shift without anchor is a plain click") << QStringList{"shift C"} << "C" << "C";
-    QTest::addRow("command and shift without anchor toggle") << QStringList{"cmdshift C"} << "A,B,D,E" << "C";
-    QTest::addRow("shift wins over command") << QStringList{"B", "cmdshift D"} << "B,C,D" << "D";
-}
-
-void TestSelection::playlistClicks()
-{
-    QFETCH(QStringList, clicks);
-    QFETCH(QString, selected);
-    QFETCH(QString, active);
-    for (const QString &click : clicks) {
-        const QStringList parts = click.split(' ');
-        Qt::KeyboardModifiers modifiers;
-        if (parts.size() == 2 && parts[0].contains("cmd"))
-            modifiers |= Qt::ControlModifier;
-        if (parts.size() == 2 && parts[0].contains("shift"))
-            modifiers |= Qt::ShiftModifier;
-        m_model->clickPlaylistRow(rowOf(*m_model, parts.last()), modifiers);
-    }
-    QCOMPARE(m_fixture->selectedNames().join(','), selected);
-    QCOMPARE(m_model->activeDetailPlaylist()->name, active);
-}
-
-void TestSelection::rangeStopsAtTheListEnd()
-{
-    m_model->clickPlaylistRow(rowOf(*m_model, "E"), {}); // anchor at row 4
-    m_model->setSearchText("beat");                     // B (artist) and C (title) remain
-    QCOMPARE(filteredNames(*m_model), (QStringList{"B", "C"}));
-    m_model->clickPlaylistRow(0, Qt::ShiftModifier);
-    QCOMPARE(m_fixture->selectedNames().join(','), "B,C,E");
-}
-
-void TestSelection::clickOnHiddenPlaylistIsIgnored()
-{
-    const Playlist master = m_fixture->playlist("Library");
-    const QSet<QString> before = m_model->selectedPlaylistIds();
-    m_model->handlePlaylistClick(master, false, false);
-    QCOMPARE(m_model->selectedPlaylistIds(), before);
-    QCOMPARE(m_model->activeDetailPlaylist()->name, "A");
-}
-
-void TestSelection::filters_data()
-{
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<bool>("hideMaster");
-    QTest::addColumn<bool>("onlySmart");
-    QTest::addColumn<QStringList>("shown");
-    QTest::addRow("defaults hide the master") << "" << true << false << QStringList{"A", "B", "C", "D", "E"};
-    QTest::addRow("master shown") << "" << false << false << QStringList{"Library", "A", "B", "C", "D", "E"};
-    QTest::addRow("only smart") << "" << true << true << QStringList{"A"};
-    QTest::addRow("artist and title, not album") << "beat" << true << false << QStringList{"B", "C"};
-    QTest::addRow("playlist name, case-blind") << "c" << true << false << QStringList{"C"};
-    QTest::addRow("names and tracks alike") << "d" << true << false << QStringList{"A", "B", "D", "E"};
-    QTest::addRow("search is not trimmed") << " d" << true << false << QStringList{};
-    QTest::addRow("search and master") << "beat" << false << false << QStringList{"Library", "B", "C"};
-    QTest::addRow("composed finds decomposed") << "F\u00e9te" << true << false << QStringList{"B"};
-    QTest::addRow("decomposed finds composed") << "Sole\u0301" << true << false << QStringList{"C"};
-}
-
-void TestSelection::filters()
-{
-    QFETCH(QString, search);
-    QFETCH(bool, hideMaster);
-    QFETCH(bool, onlySmart);
-    QFETCH(QStringList, shown);
-    m_model->setSearchText(search);
-    m_model->setHideMasterPlaylist(hideMaster);
-    m_model->setOnlySmartPlaylists(onlySmart);
-    QCOMPARE(filteredNames(*m_model), shown);
-    QCOMPARE(m_model->filteredPlaylistsModel()->rowCount(), shown.size());
-    // The index built after the load gives the same answers as the plain filter.
-    const PlaylistFilter filter{search, hideMaster, onlySmart};
-    QCOMPARE(filter.apply(m_model->playlists(), PlaylistSearchIndex(m_model->playlists())), filter.apply(m_model->playlists()));
-}
-
-void TestSelection::selectAllCoversOnlyVisiblePlaylists()
-{
-    m_model->deselectAllPlaylists();
-    QCOMPARE(m_fixture->selectedNames(), QStringList{});
-    m_model->togglePlaylistSelection(m_fixture->playlist("E").id);
-    m_model->setSearchText("beat");
-    m_model->selectAllPlaylists();
-    QCOMPARE(m_fixture->selectedNames().join(','), "B,C,E"); // E stays ticked though hidden
-    m_model->setSearchText("");
-    m_model->selectAllPlaylists();
-    QVERIFY(!m_model->selectedPlaylistIds().contains(m_fixture->playlist("Library").id));
-    m_model->setSearchText("beat");
-    m_model->deselectAllPlaylists();
-    QCOMPARE(m_fixture->selectedNames().join(','), "A,D,E");
-}
-
-void TestSelection::listChangesAreAnnouncedRowByRow()
-{
-    QAbstractItemModel *rows = m_model->filteredPlaylistsModel();
-    QSignalSpy reset(rows, &QAbstractItemModel::modelReset);
-    QSignalSpy changed(rows, &QAbstractItemModel::dataChanged);
-    m_model->togglePlaylistSelection(m_fixture->playlist("C").id);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(changed.first().at(0).toModelIndex().row(), 2);
-    QCOMPARE(rows->index(2, 0).data(PlaylistListModel::IsTickedRole).toBool(), false);
-    m_model->setSearchText("beat");
-    m_model->setHideMasterPlaylist(false);
-    m_model->setSearchText("");
-    QCOMPARE(reset.count(), 0);
-    QCOMPARE(rows->index(0, 0).data(PlaylistListModel::NameRole).toString(), "Library");
-}
-
-void TestSelection::fileSelection()
-{
-    QVERIFY(!m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
-    m_model->clickFileRow(0, {});
-    QVERIFY(m_model->isPartiallyPlaylistFilesSelected());
-    m_model->clickFileRow(2, Qt::ShiftModifier);
-    QVERIFY(m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
-    m_model->clickFileRow(7, {}); // no such row: nothing happens
-    m_model->toggleAllPlaylistFilesSelection();
-    QVERIFY(m_model->selectedFileItemIds().isEmpty());
-    m_model->toggleAllPlaylistFilesSelection();
-    m_model->toggleFileItemSelection(m_model->currentDirectoryItems().at(1).id());
-    QCOMPARE(m_model->selectedFileItemIds().size(), 2);
-    QCOMPARE(m_model->currentDirectoryItemsModel()->index(1, 0).data(FileItemListModel::IsSelectedRole).toBool(), false);
-}
-
-void TestSelection::derivedValuesFollowTheirSources()
-{
-    QCOMPARE(m_model->filteredTickState(), 2);
-    m_model->togglePlaylistSelection(m_fixture->playlist("B").id);
-    QCOMPARE(m_model->filteredTickState(), 1);
-    QCOMPARE(m_model->tickedPlaylistCount(), 4);
-    m_model->deselectAllPlaylists();
-    QCOMPARE(m_model->filteredTickState(), 0);
-    QSignalSpy filesSide(m_model, &AppViewModel::fileSelectionChanged);
-    m_model->clickFileRow(1, {});
-    QCOMPARE(m_model->selectedFileCount(), 1);
-    QCOMPARE(filesSide.count(), 1);
-}
 
 QTEST_GUILESS_MAIN(TestSelection)
 #include "tst_selection.moc"

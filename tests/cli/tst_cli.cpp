@@ -75,293 +75,278 @@ class TestCli : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void listings();
-    void convertWritesFilesAndCleans();
-    void convertOptionsShapeTheFiles();
-    void convertChoosesPlaylists_data();
-    void convertChoosesPlaylists();
-    void convertReportsFailedPlaylists();
-    void truncatedDatabaseLeavesExistingFiles();
-    void playerProblemsAreNamed();
-    void foldersAndOnTheGoPlaylists();
-    void filesAndDevices();
-    void errors_data();
-    void errors();
-    void help_data();
-    void help();
+    void listings()
+    {
+        IPod ipod;
+        const Run text = cli({"playlists", ipod.root()});
+        QCOMPARE(text.exitCode, 0);
+        QCOMPARE(text.out, "Database: " + ipod.path("iPod_Control/iTunes/iTunesDB").toUtf8() + "\n3 tracks, 3 playlists\n\n"
+                           "Playlist    Tracks  Duration  Kind    On Rockbox\n"
+                           "Library          3    4m 22s  master  -\n"
+                           "Rock: Live       2    1m 02s  -       rock_ live.m3u\n"
+                           "Chill            2    4m 21s  smart   -\n");
+
+        const QJsonObject json = cli({"playlists", ipod.root(), "--json"}).json();
+        QCOMPARE(json["trackCount"].toInt(), 3);
+        const QJsonArray playlists = json["playlists"].toArray();
+        const QJsonObject rock = playlists[1].toObject();
+        QCOMPARE(rock.keys(), (QStringList{"dbId", "existingFile", "isMaster", "isSmart", "name", "totalDurationSeconds",
+                                           "trackCount", "trackIds"}));
+        QCOMPARE(rock["existingFile"].toString(), "rock_ live.m3u");
+        QCOMPARE(rock["trackIds"].toArray(), (QJsonArray{1, 2}));
+        QCOMPARE(playlists[2].toObject()["dbId"].toString(), "18446744073709551615");
+
+        // A database file inside an iPod tree still knows the tree's playlists folder.
+        QVERIFY(cli({"playlists", ipod.path("iPod_Control/iTunes/iTunesDB")}).out.contains("rock_ live.m3u"));
+
+        const QJsonArray chill = cli({"tracks", ipod.root(), "--playlist", "Chill", "--json"}).json()["tracks"].toArray();
+        QCOMPARE(names(chill, "title"), (QStringList{"Drei", "Song One"}));
+        QCOMPARE(chill[1].toObject()["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
+        QCOMPARE(cli({"tracks", ipod.root(), "--json"}).json()["tracks"].toArray().size(), 3);
+    }
+
+    void convertWritesFilesAndCleans()
+    {
+        IPod ipod;
+        const QJsonObject json = cli({"convert", ipod.root(), "--json"}).json();
+        QCOMPARE(json["destination"].toString(), ipod.path("Playlists"));
+        QCOMPARE(json["dotFilesRemoved"].toInt(), 2);
+        const QJsonObject rock = json["results"].toArray()[0].toObject();
+        QCOMPARE(rock.keys(), (QStringList{"errorMessage", "filename", "isSuccess", "isUpdate", "path", "playlistName",
+                                           "trackCount"}));
+        QCOMPARE(rock["filename"].toString(), "Rock_ Live.m3u8");
+        QVERIFY(rock["isSuccess"].toBool() && rock["isUpdate"].toBool() && rock["errorMessage"].isNull());
+        QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")),
+                 QByteArray("#EXTM3U\n#EXTINF:61,Band - Song One\n/iPod_Control/Music/F00/A.mp3\n"
+                            "#EXTINF:1,Song Two\n/iPod_Control/Music/F01/B.mp3\n"));
+        QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+                 (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
+
+        const Run text = cli({"convert", ipod.root()});
+        QCOMPARE(text.out, "  updated Rock_ Live.m3u8 (2 tracks)\n  updated Chill.m3u8 (2 tracks)\n"
+                           "2 of 2 playlist(s) written to " + ipod.path("Playlists").toUtf8() + "; 0 dot file(s) removed\n");
+        // Outside an iPod the folder's dot files are not the program's to remove.
+        QTemporaryDir elsewhere;
+        writeFile(elsewhere.filePath(".git/HEAD"), "ref");
+        const Run dest = cli({"convert", ipod.root(), "--dest", elsewhere.path()});
+        QVERIFY(dest.out.endsWith("; dot files left alone: the folder is not on an iPod\n"));
+        QVERIFY(QFileInfo::exists(elsewhere.filePath(".git/HEAD")));
+    }
+
+    void convertOptionsShapeTheFiles()
+    {
+        IPod ipod;
+        QTemporaryDir dest;
+        QCOMPARE(cli({"convert", ipod.root(), "--dest", dest.path(), "--playlist", "Chill", "--m3u", "--no-extinf", "--prefix",
+                      "/mnt/ipod/"}).exitCode, 0);
+        QCOMPARE(readFile(dest.filePath("Chill.m3u")),
+                 QByteArray("/mnt/ipod/iPod_Control/Music/F02/C.mp3\n/mnt/ipod/iPod_Control/Music/F00/A.mp3\n"));
+        const Run dryRun = cli({"convert", ipod.root(), "--dry-run", "--json"});
+        QCOMPARE(dryRun.json()["results"].toArray().size(), 2);
+        QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+                 (QStringList{".DS_Store", "._rock_ live.m3u", "rock_ live.m3u"}));
+    }
+
+    void convertChoosesPlaylists_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QStringList>("written");
+        QTest::addRow("every non-master playlist by default") << QStringList{} << QStringList{"Rock: Live", "Chill"};
+        QTest::addRow("named, in database order") << QStringList{"--playlist", "Chill", "--playlist", "Rock: Live"}
+                                                  << QStringList{"Rock: Live", "Chill"};
+        QTest::addRow("with the master playlist") << QStringList{"--include-master"}
+                                                  << QStringList{"Library", "Rock: Live", "Chill"};
+        QTest::addRow("a named master playlist") << QStringList{"--playlist", "Library"} << QStringList{"Library"};
+    }
+
+    void convertChoosesPlaylists()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QStringList, written);
+        IPod ipod;
+        QCOMPARE(names(cli(QStringList{"convert", ipod.root(), "--json"} + arguments).json()["results"].toArray(),
+                       "playlistName"),
+                 written);
+    }
+
+    void convertReportsFailedPlaylists()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("iTunesDB"), ITunesDBWriter()
+                                                .addPlaylist(PlaylistItem::of("Good", {}))
+                                                .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
+                                                .addPlaylist(PlaylistItem::of("../Escape", {}))
+                                                .build());
+        const Run run = cli({"convert", dir.filePath("iTunesDB"), "--dest", dir.filePath("out"), "--no-sanitize"});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(run.out.contains("wrote   Good.m3u8"));
+        QVERIFY(run.out.contains("FAILED  Sub/Folder.m3u8"));
+        QVERIFY(run.out.contains("FAILED  ../Escape.m3u8"));
+        QVERIFY(run.out.contains("1 of 3 playlist(s) written"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), (QStringList{"iTunesDB", "out"}));
+    }
+
+    void truncatedDatabaseLeavesExistingFiles()
+    {
+        const QByteArray whole = ITunesDBWriter()
+                                     .addTrack(TrackItem::song(1, "A", {}, ":a.mp3"))
+                                     .addPlaylist(PlaylistItem::of("Rock: Live", {1}))
+                                     .addPlaylist(PlaylistItem::of("New", {1}))
+                                     .build();
+        IPod ipod(whole.left(whole.size() - 10)); // an interrupted sync
+        writeFile(ipod.path("Playlists/Rock_ Live.m3u8"), "old");
+        const Run run = cli({"convert", ipod.root()});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.err.contains("warning: the database looks truncated"), run.err.constData());
+        QVERIFY2(run.out.contains("FAILED  Rock_ Live.m3u8 (1 track): not overwritten"), run.out.constData());
+        QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")), QByteArray("old"));
+        QCOMPARE(cli({"convert", ipod.root(), "--force"}).exitCode, 0);
+        QVERIFY(readFile(ipod.path("Playlists/Rock_ Live.m3u8")).startsWith("#EXTM3U"));
+    }
+
+    void playerProblemsAreNamed()
+    {
+        // An iPod Video: 2,000 entries kept; two music files missing; one path of 270 bytes.
+        ITunesDBWriter writer;
+        const QString longPath = ":iPod_Control:Music:F01:" + QString(246, u'L') + ".mp3";
+        PlaylistItem big{.name = QString("Big")};
+        for (quint32 id = 1; id <= 10; ++id)
+            writer.addTrack(TrackItem::song(id, QString("Song %1").arg(id), "Band", QString(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
+        writer.addTrack(TrackItem::song(11, "Long", "Band", longPath));
+        for (int entry = 0; entry < 2500; ++entry)
+            big.entries.append(PlaylistEntry{.trackId = quint32(1 + entry % 10)});
+        IPod ipod(writer.addPlaylist(big).addPlaylist(PlaylistItem::of("Small", {1, 11})).build());
+        writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipodvideo\n");
+        for (int id = 1; id <= 8; ++id)
+            writeFile(ipod.path(QString("iPod_Control/Music/F00/S%1.mp3").arg(id)), "music");
+        writeFile(ipod.path(QString(longPath).replace(':', '/').mid(1)), "music");
+
+        const QJsonArray warnings = cli({"convert", ipod.root(), "--json"}).json()["warnings"].toArray();
+        QCOMPARE(QJsonDocument(warnings).toJson(QJsonDocument::Compact),
+                 QByteArray(R"([{"count":2500,"kind":"overLimit","limit":2000,"playlistName":"Big"},)"
+                            R"({"count":500,"kind":"missingFiles","limit":0,"playlistName":"Big"},)"
+                            R"({"count":1,"kind":"longPaths","limit":259,"playlistName":"Small"}])"));
+        const Run check = cli({"check", ipod.root()});
+        QCOMPARE(check.exitCode, 1);
+        QVERIFY(check.out.contains("Rockbox target ipodvideo: up to 2000 entries per playlist (the target's default)"));
+        QVERIFY2(check.out.contains("Big.m3u8           2500      500         0         500  yes"), check.out.constData());
+        QVERIFY(check.out.contains("Small.m3u8            2        0         1           0  yes"));
+
+        QVERIFY(cli({"convert", ipod.root(), "--split-long"}).out.contains("wrote   Big (2 of 2).m3u8 (500 tracks)"));
+        for (const char *part : {"Playlists/Big (1 of 2).m3u8", "Playlists/Big (2 of 2).m3u8"})
+            QVERIFY(readFile(ipod.path(part)).count("\n/iPod_Control") <= 2000);
+        QCOMPARE(cli({"check", ipod.root(), "--json"}).json()["files"].toArray().size(), 5);
+    }
+
+    void foldersAndOnTheGoPlaylists()
+    {
+        IPod ipod(ITunesDBWriter()
+                      .addTrack(TrackItem::song(7, "Seven", {}, ":a.mp3"))
+                      .addTrack(TrackItem::song(5, "Five", {}, ":b.mp3"))
+                      .addPlaylist({.name = QString("Rock"), .dbId = 10, .isFolder = true})
+                      .addPlaylist({.name = QString("Seventies"), .dbId = 11, .isFolder = true, .parentDbId = 10})
+                      .addPlaylist({.name = QString("Child"), .dbId = 12, .parentDbId = 11, .entries = {{7}}})
+                      .addPlaylist(PlaylistItem::of("Top", {5}))
+                      .build());
+        writeFile(ipod.path("iPod_Control/iTunes/OTGPlaylistInfo"), onTheGoFile({1, 0}));
+        const Run listed = cli({"playlists", ipod.root(), "--on-the-go"});
+        QVERIFY2(listed.out.contains("Child        Rock / Seventies       1"), listed.out.constData());
+        QVERIFY(listed.out.contains("Rock         -                      0"));
+        QVERIFY(listed.out.contains("folder"));
+        QVERIFY(listed.out.contains("On-The-Go 1  -                      2"));
+        const QJsonObject converted = cli({"convert", ipod.root(), "--folders", "flatten", "--on-the-go", "--json"}).json();
+        QCOMPARE(names(converted["results"].toArray(), "filename"),
+                 (QStringList{"Rock - Seventies - Child.m3u8", "Top.m3u8", "On-The-Go 1.m3u8"}));
+        QCOMPARE(readFile(ipod.path("Playlists/On-The-Go 1.m3u8")).count(".mp3"), 2);
+        // Without the options, folders are playlists like the others and On-The-Go files are not read.
+        QCOMPARE(names(cli({"convert", ipod.root(), "--json"}).json()["results"].toArray(), "playlistName"),
+                 (QStringList{"Rock", "Seventies", "Child", "Top"}));
+    }
+
+    void filesAndDevices()
+    {
+        IPod ipod;
+        const QJsonObject item = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray()[0].toObject();
+        QCOMPARE(item["name"].toString(), "rock_ live.m3u");
+        QCOMPARE(item["sizeBytes"].toInt(), 4);
+        QVERIFY(QDateTime::fromString(item["modificationDate"].toString(), Qt::ISODate).isValid());
+        QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot file(s) removed from " + ipod.root().toUtf8() + "\n");
+
+        writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipod6g\n");
+        QTemporaryDir volumes;
+        QVERIFY(QDir(volumes.path()).mkdir("USB STICK"));
+        QVERIFY(QFile::link(ipod.root(), volumes.filePath("IPOD")));
+        const QJsonArray devices = cli({"devices", "--volumes", volumes.path(), "--json"}).json()["devices"].toArray();
+        QCOMPARE(devices.size(), 1);
+        const QJsonObject device = devices[0].toObject();
+        QCOMPARE(device.keys(), (QStringList{"database", "freeDiskSpace", "mountPath", "name", "playlistLimit",
+                                             "playlistsFolder", "rockboxTarget", "totalDiskSpace"}));
+        QCOMPARE(device["playlistsFolder"].toString(), volumes.filePath("IPOD/Playlists"));
+        QCOMPARE(device["rockboxTarget"].toString(), "ipod6g");
+        QCOMPARE(device["playlistLimit"].toInt(), 10000);
+        QVERIFY(cli({"devices", "--volumes", volumes.path()}).out.contains("ipod6g, 10000 entries"));
+    }
+
+    void errors_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("message");
+        QTest::addRow("no command") << QStringList{} << QByteArray("no command given (see 'kestrune-cli --help')");
+        QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export' (see 'kestrune-cli --help')");
+        QTest::addRow("unknown option") << QStringList{"playlists", "@root", "--bogus"} << QByteArray("bogus");
+        QTest::addRow("one argument too many") << QStringList{"playlists", "@root", "@root"}
+                                               << QByteArray("playlists: expected 1 argument(s), got 2 (see 'kestrune-cli playlists --help')");
+        QTest::addRow("missing source") << QStringList{"playlists", "@root/nothing"} << QByteArray("does not exist");
+        QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"} << QByteArray("no iPod database");
+        QTest::addRow("unreadable database") << QStringList{"playlists", "@root/broken.db"}
+                                             << QByteArray("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.");
+        QTest::addRow("too small database") << QStringList{"convert", "@root/tiny.db", "--dest", "@root/out"}
+                                            << QByteArray("Il file database è troppo piccolo o incompleto.");
+        QTest::addRow("bare database without destination") << QStringList{"convert", "@root/library.db"} << QByteArray("give --dest");
+        QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"} << QByteArray("no playlist named 'Nope'");
+        QTest::addRow("unknown folder mode") << QStringList{"convert", "@root", "--folders", "keep"} << QByteArray("takes 'flatten'");
+        QTest::addRow("files of a missing folder") << QStringList{"files", "@root/none"} << QByteArray("is not a folder");
+        QTest::addRow("cleaning outside an iPod") << QStringList{"clean", "@root/.."} << QByteArray("is not on an iPod");
+        QTest::addRow("checking a bare database") << QStringList{"check", "@root/library.db"} << QByteArray("not a bare database");
+    }
+
+    void errors()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, message);
+        IPod ipod;
+        writeFile(ipod.path("broken.db"), QByteArray(64, 'x'));
+        writeFile(ipod.path("tiny.db"), "mhbd");
+        QFile::copy(ipod.path("iPod_Control/iTunes/iTunesDB"), ipod.path("library.db"));
+        arguments.replaceInStrings("@root", ipod.root());
+        const Run run = cli(arguments);
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.out.isEmpty());
+        QCOMPARE(run.err.count('\n'), 1); // one line
+        QVERIFY2(run.err.contains(message), run.err.constData());
+        QVERIFY(!QFileInfo::exists(ipod.path("out")));
+    }
+
+    void help_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("start");
+        QTest::addRow("version") << QStringList{"--version"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n");
+        QTest::addRow("usage") << QStringList{"--help"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n\nUsage:");
+        QTest::addRow("a command's") << QStringList{"convert", "--help"} << QByteArray("Usage: kestrune-cli convert SOURCE");
+        QTest::addRow("before other arguments") << QStringList{"check", "-h", "nothing"} << QByteArray("Usage: kestrune-cli check");
+    }
+
+    void help()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, start);
+        const Run run = cli(arguments);
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.out.startsWith(start), run.out.constData());
+        QVERIFY(run.err.isEmpty());
+    }
 };
-
-void TestCli::listings()
-{
-    IPod ipod;
-    const Run text = cli({"playlists", ipod.root()});
-    QCOMPARE(text.exitCode, 0);
-    QCOMPARE(text.out, "Database: " + ipod.path("iPod_Control/iTunes/iTunesDB").toUtf8() + "\n3 tracks, 3 playlists\n\n"
-                       "Playlist    Tracks  Duration  Kind    On Rockbox\n"
-                       "Library          3    4m 22s  master  -\n"
-                       "Rock: Live       2    1m 02s  -       rock_ live.m3u\n"
-                       "Chill            2    4m 21s  smart   -\n");
-
-    const QJsonObject json = cli({"playlists", ipod.root(), "--json"}).json();
-    QCOMPARE(json["trackCount"].toInt(), 3);
-    const QJsonArray playlists = json["playlists"].toArray();
-    const QJsonObject rock = playlists[1].toObject();
-    QCOMPARE(rock.keys(), (QStringList{"dbId", "existingFile", "isMaster", "isSmart", "name", "totalDurationSeconds",
-                                       "trackCount", "trackIds"}));
-    QCOMPARE(rock["existingFile"].toString(), "rock_ live.m3u");
-    QCOMPARE(rock["trackIds"].toArray(), (QJsonArray{1, 2}));
-    QCOMPARE(playlists[2].toObject()["dbId"].toString(), "18446744073709551615");
-
-    // A database file inside an iPod tree still knows the tree's playlists folder.
-    QVERIFY(cli({"playlists", ipod.path("iPod_Control/iTunes/iTunesDB")}).out.contains("rock_ live.m3u"));
-
-    const QJsonArray chill = cli({"tracks", ipod.root(), "--playlist", "Chill", "--json"}).json()["tracks"].toArray();
-    QCOMPARE(names(chill, "title"), (QStringList{"Drei", "Song One"}));
-    QCOMPARE(chill[1].toObject()["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
-    QCOMPARE(cli({"tracks", ipod.root(), "--json"}).json()["tracks"].toArray().size(), 3);
-}
-
-void TestCli::convertWritesFilesAndCleans()
-{
-    IPod ipod;
-    const QJsonObject json = cli({"convert", ipod.root(), "--json"}).json();
-    QCOMPARE(json["destination"].toString(), ipod.path("Playlists"));
-    QCOMPARE(json["dotFilesRemoved"].toInt(), 2);
-    const QJsonObject rock = json["results"].toArray()[0].toObject();
-    QCOMPARE(rock.keys(), (QStringList{"errorMessage", "filename", "isSuccess", "isUpdate", "path", "playlistName",
-                                       "trackCount"}));
-    QCOMPARE(rock["filename"].toString(), "Rock_ Live.m3u8");
-    QVERIFY(rock["isSuccess"].toBool() && rock["isUpdate"].toBool() && rock["errorMessage"].isNull());
-    QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")),
-             QByteArray("#EXTM3U\n#EXTINF:61,Band - Song One\n/iPod_Control/Music/F00/A.mp3\n"
-                        "#EXTINF:1,Song Two\n/iPod_Control/Music/F01/B.mp3\n"));
-    QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
-             (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
-
-    const Run text = cli({"convert", ipod.root()});
-    QCOMPARE(text.out, "  updated Rock_ Live.m3u8 (2 tracks)\n  updated Chill.m3u8 (2 tracks)\n"
-                       "2 of 2 playlist(s) written to " + ipod.path("Playlists").toUtf8() + "; 0 dot file(s) removed\n");
-    // Outside an iPod the folder's dot files are not the program's to remove.
-    QTemporaryDir elsewhere;
-    writeFile(elsewhere.filePath(".git/HEAD"), "ref");
-    const Run dest = cli({"convert", ipod.root(), "--dest", elsewhere.path()});
-    QVERIFY(dest.out.endsWith("; dot files left alone: the folder is not on an iPod\n"));
-    QVERIFY(QFileInfo::exists(elsewhere.filePath(".git/HEAD")));
-}
-
-void TestCli::convertOptionsShapeTheFiles()
-{
-    IPod ipod;
-    QTemporaryDir dest;
-    QCOMPARE(cli({"convert", ipod.root(), "--dest", dest.path(), "--playlist", "Chill", "--m3u", "--no-extinf", "--prefix",
-                  "/mnt/ipod/"}).exitCode, 0);
-    QCOMPARE(readFile(dest.filePath("Chill.m3u")),
-             QByteArray("/mnt/ipod/iPod_Control/Music/F02/C.mp3\n/mnt/ipod/iPod_Control/Music/F00/A.mp3\n"));
-    const Run dryRun = cli({"convert", ipod.root(), "--dry-run", "--json"});
-    QCOMPARE(dryRun.json()["results"].toArray().size(), 2);
-    QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
-             (QStringList{".DS_Store", "._rock_ live.m3u", "rock_ live.m3u"}));
-}
-
-void TestCli::convertChoosesPlaylists_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QStringList>("written");
-    QTest::addRow("every non-master playlist by default") << QStringList{} << QStringList{"Rock: Live", "Chill"};
-    QTest::addRow("named, in database order") << QStringList{"--playlist", "Chill", "--playlist", "Rock: Live"}
-                                              << QStringList{"Rock: Live", "Chill"};
-    QTest::addRow("with the master playlist") << QStringList{"--include-master"}
-                                              << QStringList{"Library", "Rock: Live", "Chill"};
-    QTest::addRow("a named master playlist") << QStringList{"--playlist", "Library"} << QStringList{"Library"};
-}
-
-void TestCli::convertChoosesPlaylists()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QStringList, written);
-    IPod ipod;
-    QCOMPARE(names(cli(QStringList{"convert", ipod.root(), "--json"} + arguments).json()["results"].toArray(),
-                   "playlistName"),
-             written);
-}
-
-void TestCli::convertReportsFailedPlaylists()
-{
-    QTemporaryDir dir;
-    writeFile(dir.filePath("iTunesDB"), ITunesDBWriter()
-                                            .addPlaylist(PlaylistItem::of("Good", {}))
-                                            .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
-                                            .addPlaylist(PlaylistItem::of("../Escape", {}))
-                                            .build());
-    const Run run = cli({"convert", dir.filePath("iTunesDB"), "--dest", dir.filePath("out"), "--no-sanitize"});
-    QCOMPARE(run.exitCode, 1);
-    QVERIFY(run.out.contains("wrote   Good.m3u8"));
-    QVERIFY(run.out.contains("FAILED  Sub/Folder.m3u8"));
-    QVERIFY(run.out.contains("FAILED  ../Escape.m3u8"));
-    QVERIFY(run.out.contains("1 of 3 playlist(s) written"));
-    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), (QStringList{"iTunesDB", "out"}));
-}
-
-void TestCli::truncatedDatabaseLeavesExistingFiles()
-{
-    const QByteArray whole = ITunesDBWriter()
-                                 .addTrack(TrackItem::song(1, "A", {}, ":a.mp3"))
-                                 .addPlaylist(PlaylistItem::of("Rock: Live", {1}))
-                                 .addPlaylist(PlaylistItem::of("New", {1}))
-                                 .build();
-    IPod ipod(whole.left(whole.size() - 10)); // an interrupted sync
-    writeFile(ipod.path("Playlists/Rock_ Live.m3u8"), "old");
-    const Run run = cli({"convert", ipod.root()});
-    QCOMPARE(run.exitCode, 1);
-    QVERIFY2(run.err.contains("warning: the database looks truncated"), run.err.constData());
-    QVERIFY2(run.out.contains("FAILED  Rock_ Live.m3u8 (1 track): not overwritten"), run.out.constData());
-    QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")), QByteArray("old"));
-    QCOMPARE(cli({"convert", ipod.root(), "--force"}).exitCode, 0);
-    QVERIFY(readFile(ipod.path("Playlists/Rock_ Live.m3u8")).startsWith("#EXTM3U"));
-}
-
-void TestCli::playerProblemsAreNamed()
-{
-    // An iPod Video: 2,000 entries kept; two music files missing; one path of 270 bytes.
-    ITunesDBWriter writer;
-    const QString longPath = ":iPod_Control:Music:F01:" + QString(246, u'L') + ".mp3";
-    PlaylistItem big{.name = QString("Big")};
-    for (quint32 id = 1; id <= 10; ++id)
-        writer.addTrack(TrackItem::song(id, QString("Song %1").arg(id), "Band", QString(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
-    writer.addTrack(TrackItem::song(11, "Long", "Band", longPath));
-    for (int entry = 0; entry < 2500; ++entry)
-        big.entries.append(PlaylistEntry{.trackId = quint32(1 + entry % 10)});
-    IPod ipod(writer.addPlaylist(big).addPlaylist(PlaylistItem::of("Small", {1, 11})).build());
-    writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipodvideo\n");
-    for (int id = 1; id <= 8; ++id)
-        writeFile(ipod.path(QString("iPod_Control/Music/F00/S%1.mp3").arg(id)), "music");
-    writeFile(ipod.path(QString(longPath).replace(':', '/').mid(1)), "music");
-
-    const QJsonArray warnings = cli({"convert", ipod.root(), "--json"}).json()["warnings"].toArray();
-    QCOMPARE(QJsonDocument(warnings).toJson(QJsonDocument::Compact),
-             QByteArray(R"([{"count":2500,"kind":"overLimit","limit":2000,"playlistName":"Big"},)"
-                        R"({"count":500,"kind":"missingFiles","limit":0,"playlistName":"Big"},)"
-                        R"({"count":1,"kind":"longPaths","limit":259,"playlistName":"Small"}])"));
-    const Run check = cli({"check", ipod.root()});
-    QCOMPARE(check.exitCode, 1);
-    QVERIFY(check.out.contains("Rockbox target ipodvideo: up to 2000 entries per playlist (the target's default)"));
-    QVERIFY2(check.out.contains("Big.m3u8           2500      500         0         500  yes"), check.out.constData());
-    QVERIFY(check.out.contains("Small.m3u8            2        0         1           0  yes"));
-
-    QVERIFY(cli({"convert", ipod.root(), "--split-long"}).out.contains("wrote   Big (2 of 2).m3u8 (500 tracks)"));
-    for (const char *part : {"Playlists/Big (1 of 2).m3u8", "Playlists/Big (2 of 2).m3u8"})
-        QVERIFY(readFile(ipod.path(part)).count("\n/iPod_Control") <= 2000);
-    QCOMPARE(cli({"check", ipod.root(), "--json"}).json()["files"].toArray().size(), 5);
-}
-
-void TestCli::foldersAndOnTheGoPlaylists()
-{
-    IPod ipod(ITunesDBWriter()
-                  .addTrack(TrackItem::song(7, "Seven", {}, ":a.mp3"))
-                  .addTrack(TrackItem::song(5, "Five", {}, ":b.mp3"))
-                  .addPlaylist({.name = QString("Rock"), .dbId = 10, .isFolder = true})
-                  .addPlaylist({.name = QString("Seventies"), .dbId = 11, .isFolder = true, .parentDbId = 10})
-                  .addPlaylist({.name = QString("Child"), .dbId = 12, .parentDbId = 11, .entries = {{7}}})
-                  .addPlaylist(PlaylistItem::of("Top", {5}))
-                  .build());
-    writeFile(ipod.path("iPod_Control/iTunes/OTGPlaylistInfo"), onTheGoFile({1, 0}));
-    const Run listed = cli({"playlists", ipod.root(), "--on-the-go"});
-    QVERIFY2(listed.out.contains("Child        Rock / Seventies       1"), listed.out.constData());
-    QVERIFY(listed.out.contains("Rock         -                      0"));
-    QVERIFY(listed.out.contains("folder"));
-    QVERIFY(listed.out.contains("On-The-Go 1  -                      2"));
-    const QJsonObject converted = cli({"convert", ipod.root(), "--folders", "flatten", "--on-the-go", "--json"}).json();
-    QCOMPARE(names(converted["results"].toArray(), "filename"),
-             (QStringList{"Rock - Seventies - Child.m3u8", "Top.m3u8", "On-The-Go 1.m3u8"}));
-    QCOMPARE(readFile(ipod.path("Playlists/On-The-Go 1.m3u8")).count(".mp3"), 2);
-    // Without the options, folders are playlists like the others and On-The-Go files are not read.
-    QCOMPARE(names(cli({"convert", ipod.root(), "--json"}).json()["results"].toArray(), "playlistName"),
-             (QStringList{"Rock", "Seventies", "Child", "Top"}));
-}
-
-void TestCli::filesAndDevices()
-{
-    IPod ipod;
-    const QJsonObject item = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray()[0].toObject();
-    QCOMPARE(item["name"].toString(), "rock_ live.m3u");
-    QCOMPARE(item["sizeBytes"].toInt(), 4);
-    QVERIFY(QDateTime::fromString(item["modificationDate"].toString(), Qt::ISODate).isValid());
-    QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot file(s) removed from " + ipod.root().toUtf8() + "\n");
-
-    writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipod6g\n");
-    QTemporaryDir volumes;
-    QVERIFY(QDir(volumes.path()).mkdir("USB STICK"));
-    QVERIFY(QFile::link(ipod.root(), volumes.filePath("IPOD")));
-    const QJsonArray devices = cli({"devices", "--volumes", volumes.path(), "--json"}).json()["devices"].toArray();
-    QCOMPARE(devices.size(), 1);
-    const QJsonObject device = devices[0].toObject();
-    QCOMPARE(device.keys(), (QStringList{"database", "freeDiskSpace", "mountPath", "name", "playlistLimit",
-                                         "playlistsFolder", "rockboxTarget", "totalDiskSpace"}));
-    QCOMPARE(device["playlistsFolder"].toString(), volumes.filePath("IPOD/Playlists"));
-    QCOMPARE(device["rockboxTarget"].toString(), "ipod6g");
-    QCOMPARE(device["playlistLimit"].toInt(), 10000);
-    QVERIFY(cli({"devices", "--volumes", volumes.path()}).out.contains("ipod6g, 10000 entries"));
-}
-
-void TestCli::errors_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("message");
-    QTest::addRow("no command") << QStringList{} << QByteArray("no command given (see 'kestrune-cli --help')");
-    QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export' (see 'kestrune-cli --help')");
-    QTest::addRow("unknown option") << QStringList{"playlists", "@root", "--bogus"} << QByteArray("bogus");
-    QTest::addRow("one argument too many") << QStringList{"playlists", "@root", "@root"}
-                                           << QByteArray("playlists: expected 1 argument(s), got 2 (see 'kestrune-cli playlists --help')");
-    QTest::addRow("missing source") << QStringList{"playlists", "@root/nothing"} << QByteArray("does not exist");
-    QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"} << QByteArray("no iPod database");
-    QTest::addRow("unreadable database") << QStringList{"playlists", "@root/broken.db"}
-                                         << QByteArray("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.");
-    QTest::addRow("too small database") << QStringList{"convert", "@root/tiny.db", "--dest", "@root/out"}
-                                        << QByteArray("Il file database è troppo piccolo o incompleto.");
-    QTest::addRow("bare database without destination") << QStringList{"convert", "@root/library.db"} << QByteArray("give --dest");
-    QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"} << QByteArray("no playlist named 'Nope'");
-    QTest::addRow("unknown folder mode") << QStringList{"convert", "@root", "--folders", "keep"} << QByteArray("takes 'flatten'");
-    QTest::addRow("files of a missing folder") << QStringList{"files", "@root/none"} << QByteArray("is not a folder");
-    QTest::addRow("cleaning outside an iPod") << QStringList{"clean", "@root/.."} << QByteArray("is not on an iPod");
-    QTest::addRow("checking a bare database") << QStringList{"check", "@root/library.db"} << QByteArray("not a bare database");
-}
-
-void TestCli::errors()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, message);
-    IPod ipod;
-    writeFile(ipod.path("broken.db"), QByteArray(64, 'x'));
-    writeFile(ipod.path("tiny.db"), "mhbd");
-    QFile::copy(ipod.path("iPod_Control/iTunes/iTunesDB"), ipod.path("library.db"));
-    arguments.replaceInStrings("@root", ipod.root());
-    const Run run = cli(arguments);
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.out.isEmpty());
-    QCOMPARE(run.err.count('\n'), 1); // one line
-    QVERIFY2(run.err.contains(message), run.err.constData());
-    QVERIFY(!QFileInfo::exists(ipod.path("out")));
-}
-
-void TestCli::help_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("start");
-    QTest::addRow("version") << QStringList{"--version"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n");
-    QTest::addRow("usage") << QStringList{"--help"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n\nUsage:");
-    QTest::addRow("a command's") << QStringList{"convert", "--help"} << QByteArray("Usage: kestrune-cli convert SOURCE");
-    QTest::addRow("before other arguments") << QStringList{"check", "-h", "nothing"} << QByteArray("Usage: kestrune-cli check");
-}
-
-void TestCli::help()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, start);
-    const Run run = cli(arguments);
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY2(run.out.startsWith(start), run.out.constData());
-    QVERIFY(run.err.isEmpty());
-}
 
 QTEST_GUILESS_MAIN(TestCli)
 #include "tst_cli.moc"

@@ -8,145 +8,133 @@ class TestBinaryReader : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void failedReadLeavesCursor();
-    void integersAreLittleEndianAndUnaligned();
-    void positioningClamps_data();
-    void positioningClamps();
-    void fourCC_data();
-    void fourCC();
-    void readData();
-    void readStringStripsOuterNuls_data();
-    void readStringStripsOuterNuls();
-    void undecodableStringStaysConsumed();
-    void subReaderIsIndependent();
+    void failedReadLeavesCursor()
+    {
+        BinaryReader reader(QByteArray("\x01\x02\x03", 3));
+        QCOMPARE(reader.readUInt32LE(), std::nullopt);
+        QCOMPARE(reader.offset(), 0);
+        QCOMPARE(reader.readUInt16LE(), std::optional<quint16>(0x0201));
+        QCOMPARE(reader.offset(), 2);
+        QCOMPARE(reader.readUInt16LE(), std::nullopt);
+        QCOMPARE(reader.readUInt8(), std::optional<quint8>(3));
+        QVERIFY(reader.isEOF());
+        QCOMPARE(reader.readUInt8(), std::nullopt);
+    }
+
+    void integersAreLittleEndianAndUnaligned()
+    {
+        BinaryReader reader(QByteArray::fromHex("ff0102030405060708090a0b0c"));
+        reader.skip(1);
+        QCOMPARE(reader.readUInt32LE(), std::optional<quint32>(0x04030201));
+        reader.seek(1);
+        QCOMPARE(reader.readUInt64LE(), std::optional<quint64>(0x0807060504030201ull));
+        QCOMPARE(reader.remainingBytes(), 4);
+    }
+
+    void positioningClamps_data()
+    {
+        QTest::addColumn<qsizetype>("start");
+        QTest::addColumn<bool>("useSkip");
+        QTest::addColumn<qsizetype>("amount");
+        QTest::addColumn<qsizetype>("expected");
+        QTest::addRow("seek before start") << qsizetype(10) << false << qsizetype(-5) << qsizetype(0);
+        QTest::addRow("seek past end") << qsizetype(0) << false << qsizetype(1000) << qsizetype(32);
+        QTest::addRow("skip past end") << qsizetype(30) << true << qsizetype(8) << qsizetype(32);
+        QTest::addRow("skip backwards") << qsizetype(30) << true << qsizetype(-8) << qsizetype(22);
+        QTest::addRow("skip before start") << qsizetype(3) << true << qsizetype(-8) << qsizetype(0);
+        QTest::addRow("skip cannot overflow")
+            << qsizetype(30) << true << std::numeric_limits<qsizetype>::max() << qsizetype(32);
+    }
+
+    void positioningClamps()
+    {
+        QFETCH(qsizetype, start);
+        QFETCH(bool, useSkip);
+        QFETCH(qsizetype, amount);
+        QFETCH(qsizetype, expected);
+        BinaryReader reader(QByteArray(32, 'x'), start);
+        if (useSkip)
+            reader.skip(amount);
+        else
+            reader.seek(amount);
+        QCOMPARE(reader.offset(), expected);
+        QCOMPARE(reader.isEOF(), expected == 32);
+        QCOMPARE(reader.remainingBytes(), 32 - expected);
+    }
+
+    void fourCC_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<std::optional<QString>>("expected");
+        QTest::addColumn<qsizetype>("offsetAfter");
+        QTest::addRow("tag") << QByteArray("mhbd") << std::optional<QString>(QStringLiteral("mhbd")) << qsizetype(4);
+        QTest::addRow("not ASCII, still consumed")
+            << QByteArray("mh\xe9x") << std::optional<QString>() << qsizetype(4);
+        QTest::addRow("too short") << QByteArray("mhb") << std::optional<QString>() << qsizetype(0);
+    }
+
+    void fourCC()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(std::optional<QString>, expected);
+        QFETCH(qsizetype, offsetAfter);
+        BinaryReader reader(bytes);
+        QCOMPARE(reader.readFourCC(), expected);
+        QCOMPARE(reader.offset(), offsetAfter);
+    }
+
+    void readData()
+    {
+        BinaryReader reader(QByteArray("abcdef"));
+        QCOMPARE(reader.readData(-1), std::nullopt);
+        QCOMPARE(reader.offset(), 0);
+        QCOMPARE(reader.readData(0), std::optional<QByteArray>(QByteArray()));
+        QCOMPARE(reader.readData(7), std::nullopt);
+        QCOMPARE(reader.offset(), 0);
+        QCOMPARE(reader.readData(4), std::optional<QByteArray>(QByteArray("abcd")));
+        QCOMPARE(reader.offset(), 4);
+    }
+
+    void readStringStripsOuterNuls_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("trailing NULs") << QByteArray("ab\0\0\0\0", 6) << "ab";
+        QTest::addRow("leading NUL") << QByteArray("\0ab", 3) << "ab";
+        QTest::addRow("inner NUL kept") << QByteArray("a\0b", 3) << QStringLiteral("a") + QChar(0) + u'b';
+    }
+
+    void readStringStripsOuterNuls()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, expected);
+        BinaryReader reader(bytes);
+        QCOMPARE(reader.readString(bytes.size(), TextEncoding::utf8), std::optional<QString>(expected));
+    }
+
+    void undecodableStringStaysConsumed()
+    {
+        BinaryReader reader(QByteArray("\xff\xfe""ab", 4));
+        QCOMPARE(reader.readString(2, TextEncoding::utf8), std::nullopt);
+        QCOMPARE(reader.offset(), 2);
+        QCOMPARE(reader.readString(3, TextEncoding::utf8), std::nullopt);
+        QCOMPARE(reader.offset(), 2);
+    }
+
+    void subReaderIsIndependent()
+    {
+        BinaryReader reader(QByteArray("0123456789"));
+        reader.seek(2);
+        std::optional<BinaryReader> sub = reader.readSubReader(4);
+        QVERIFY(sub);
+        QCOMPARE(reader.offset(), 6);
+        QCOMPARE(sub->offset(), 0);
+        QCOMPARE(sub->data(), QByteArray("2345"));
+        sub->seek(4);
+        QCOMPARE(reader.offset(), 6);
+        QCOMPARE(reader.readSubReader(5), std::nullopt);
+    }
 };
-
-void TestBinaryReader::failedReadLeavesCursor()
-{
-    BinaryReader reader(QByteArray("\x01\x02\x03", 3));
-    QCOMPARE(reader.readUInt32LE(), std::nullopt);
-    QCOMPARE(reader.offset(), 0);
-    QCOMPARE(reader.readUInt16LE(), std::optional<quint16>(0x0201));
-    QCOMPARE(reader.offset(), 2);
-    QCOMPARE(reader.readUInt16LE(), std::nullopt);
-    QCOMPARE(reader.readUInt8(), std::optional<quint8>(3));
-    QVERIFY(reader.isEOF());
-    QCOMPARE(reader.readUInt8(), std::nullopt);
-}
-
-void TestBinaryReader::integersAreLittleEndianAndUnaligned()
-{
-    BinaryReader reader(QByteArray::fromHex("ff0102030405060708090a0b0c"));
-    reader.skip(1);
-    QCOMPARE(reader.readUInt32LE(), std::optional<quint32>(0x04030201));
-    reader.seek(1);
-    QCOMPARE(reader.readUInt64LE(), std::optional<quint64>(0x0807060504030201ull));
-    QCOMPARE(reader.remainingBytes(), 4);
-}
-
-void TestBinaryReader::positioningClamps_data()
-{
-    QTest::addColumn<qsizetype>("start");
-    QTest::addColumn<bool>("useSkip");
-    QTest::addColumn<qsizetype>("amount");
-    QTest::addColumn<qsizetype>("expected");
-    QTest::addRow("seek before start") << qsizetype(10) << false << qsizetype(-5) << qsizetype(0);
-    QTest::addRow("seek past end") << qsizetype(0) << false << qsizetype(1000) << qsizetype(32);
-    QTest::addRow("skip past end") << qsizetype(30) << true << qsizetype(8) << qsizetype(32);
-    QTest::addRow("skip backwards") << qsizetype(30) << true << qsizetype(-8) << qsizetype(22);
-    QTest::addRow("skip before start") << qsizetype(3) << true << qsizetype(-8) << qsizetype(0);
-    QTest::addRow("skip cannot overflow")
-        << qsizetype(30) << true << std::numeric_limits<qsizetype>::max() << qsizetype(32);
-}
-
-void TestBinaryReader::positioningClamps()
-{
-    QFETCH(qsizetype, start);
-    QFETCH(bool, useSkip);
-    QFETCH(qsizetype, amount);
-    QFETCH(qsizetype, expected);
-    BinaryReader reader(QByteArray(32, 'x'), start);
-    if (useSkip)
-        reader.skip(amount);
-    else
-        reader.seek(amount);
-    QCOMPARE(reader.offset(), expected);
-    QCOMPARE(reader.isEOF(), expected == 32);
-    QCOMPARE(reader.remainingBytes(), 32 - expected);
-}
-
-void TestBinaryReader::fourCC_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<std::optional<QString>>("expected");
-    QTest::addColumn<qsizetype>("offsetAfter");
-    QTest::addRow("tag") << QByteArray("mhbd") << std::optional<QString>(QStringLiteral("mhbd")) << qsizetype(4);
-    QTest::addRow("not ASCII, still consumed")
-        << QByteArray("mh\xe9x") << std::optional<QString>() << qsizetype(4);
-    QTest::addRow("too short") << QByteArray("mhb") << std::optional<QString>() << qsizetype(0);
-}
-
-void TestBinaryReader::fourCC()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(std::optional<QString>, expected);
-    QFETCH(qsizetype, offsetAfter);
-    BinaryReader reader(bytes);
-    QCOMPARE(reader.readFourCC(), expected);
-    QCOMPARE(reader.offset(), offsetAfter);
-}
-
-void TestBinaryReader::readData()
-{
-    BinaryReader reader(QByteArray("abcdef"));
-    QCOMPARE(reader.readData(-1), std::nullopt);
-    QCOMPARE(reader.offset(), 0);
-    QCOMPARE(reader.readData(0), std::optional<QByteArray>(QByteArray()));
-    QCOMPARE(reader.readData(7), std::nullopt);
-    QCOMPARE(reader.offset(), 0);
-    QCOMPARE(reader.readData(4), std::optional<QByteArray>(QByteArray("abcd")));
-    QCOMPARE(reader.offset(), 4);
-}
-
-void TestBinaryReader::readStringStripsOuterNuls_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("trailing NULs") << QByteArray("ab\0\0\0\0", 6) << "ab";
-    QTest::addRow("leading NUL") << QByteArray("\0ab", 3) << "ab";
-    QTest::addRow("inner NUL kept") << QByteArray("a\0b", 3) << QStringLiteral("a") + QChar(0) + u'b';
-}
-
-void TestBinaryReader::readStringStripsOuterNuls()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, expected);
-    BinaryReader reader(bytes);
-    QCOMPARE(reader.readString(bytes.size(), TextEncoding::utf8), std::optional<QString>(expected));
-}
-
-void TestBinaryReader::undecodableStringStaysConsumed()
-{
-    BinaryReader reader(QByteArray("\xff\xfe""ab", 4));
-    QCOMPARE(reader.readString(2, TextEncoding::utf8), std::nullopt);
-    QCOMPARE(reader.offset(), 2);
-    QCOMPARE(reader.readString(3, TextEncoding::utf8), std::nullopt);
-    QCOMPARE(reader.offset(), 2);
-}
-
-void TestBinaryReader::subReaderIsIndependent()
-{
-    BinaryReader reader(QByteArray("0123456789"));
-    reader.seek(2);
-    std::optional<BinaryReader> sub = reader.readSubReader(4);
-    QVERIFY(sub);
-    QCOMPARE(reader.offset(), 6);
-    QCOMPARE(sub->offset(), 0);
-    QCOMPARE(sub->data(), QByteArray("2345"));
-    sub->seek(4);
-    QCOMPARE(reader.offset(), 6);
-    QCOMPARE(reader.readSubReader(5), std::nullopt);
-}
 
 QTEST_APPLESS_MAIN(TestBinaryReader)
 #include "tst_binaryreader.moc"

@@ -68,51 +68,48 @@ class TestDamageSweep : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void truncations();
-    void flippedBytes();
-};
-
-void TestDamageSweep::truncations()
-{
-    Sweep sweep;
-    QElapsedTimer timer;
-    timer.start();
-    const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
-    for (qsizetype cut = 0; cut <= qMin<qsizetype>(small.size(), 64 * 1024); ++cut)
-        QVERIFY2(sweep.parse(small.left(cut)), qPrintable(sweep.failure));
-    const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
-    for (qsizetype cut = 64 * 1024; cut <= large.size(); cut += 16411)
-        QVERIFY2(sweep.parse(large.left(cut)), qPrintable(sweep.failure));
-    qInfo("%lld truncated databases, %lld MB, %lld units of work, in %lld ms", sweep.cases,
-          sweep.totalBytes / 1000000, sweep.totalWork, timer.elapsed());
-    QVERIFY(sweep.stayedLinear());
-}
-
-void TestDamageSweep::flippedBytes()
-{
-    Sweep sweep;
-    QElapsedTimer timer;
-    timer.start();
-    QRandomGenerator random(20261121); // the same positions on every run
-    const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
-    for (qsizetype at = 0; at < small.size(); at += 5) {
-        QByteArray damaged = small;
-        damaged[at] = char(damaged[at] ^ char(1 + random.bounded(255)));
-        QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
+    void truncations()
+    {
+        Sweep sweep;
+        QElapsedTimer timer;
+        timer.start();
+        const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
+        for (qsizetype cut = 0; cut <= qMin<qsizetype>(small.size(), 64 * 1024); ++cut)
+            QVERIFY2(sweep.parse(small.left(cut)), qPrintable(sweep.failure));
+        const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
+        for (qsizetype cut = 64 * 1024; cut <= large.size(); cut += 16411)
+            QVERIFY2(sweep.parse(large.left(cut)), qPrintable(sweep.failure));
+        qInfo("%lld truncated databases, %lld MB, %lld units of work, in %lld ms", sweep.cases,
+              sweep.totalBytes / 1000000, sweep.totalWork, timer.elapsed());
+        QVERIFY(sweep.stayedLinear());
     }
-    const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
-    for (int i = 0; i < 100; ++i) {
-        QByteArray damaged = large;
-        for (int flips = 0; flips < 8; ++flips) {
-            const qsizetype at = random.bounded(int(large.size()));
-            damaged[at] = char(random.bounded(256));
+
+    void flippedBytes()
+    {
+        Sweep sweep;
+        QElapsedTimer timer;
+        timer.start();
+        QRandomGenerator random(20261121); // the same positions on every run
+        const QByteArray small = fixtureDatabase("podcasts-23-tracks.iTunesDB");
+        for (qsizetype at = 0; at < small.size(); at += 5) {
+            QByteArray damaged = small;
+            damaged[at] = char(damaged[at] ^ char(1 + random.bounded(255)));
+            QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
         }
-        QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
+        const QByteArray large = fixtureDatabase("library-5375-tracks.iTunesDB");
+        for (int i = 0; i < 100; ++i) {
+            QByteArray damaged = large;
+            for (int flips = 0; flips < 8; ++flips) {
+                const qsizetype at = random.bounded(int(large.size()));
+                damaged[at] = char(random.bounded(256));
+            }
+            QVERIFY2(sweep.parse(damaged), qPrintable(sweep.failure));
+        }
+        qInfo("%lld damaged databases, %lld MB, %lld units of work, in %lld ms", sweep.cases,
+              sweep.totalBytes / 1000000, sweep.totalWork, timer.elapsed());
+        QVERIFY(sweep.stayedLinear());
     }
-    qInfo("%lld damaged databases, %lld MB, %lld units of work, in %lld ms", sweep.cases,
-          sweep.totalBytes / 1000000, sweep.totalWork, timer.elapsed());
-    QVERIFY(sweep.stayedLinear());
-}
+};
 
 QTEST_APPLESS_MAIN(TestDamageSweep)
 #include "tst_damagesweep.moc"

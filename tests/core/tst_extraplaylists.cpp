@@ -17,91 +17,85 @@ class TestExtraPlaylists : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void folderPathsAndFlattening();
-    void onTheGoFiles_data();
-    void onTheGoFiles();
-    void onTheGoPlaylistsResolveThroughFileOrder();
-    void ipodTreeOfAPath();
+    void folderPathsAndFlattening()
+    {
+        const QList<Playlist> playlists{
+            {.dbId = 1, .name = "Rock", .isFolder = true},
+            {.dbId = 2, .name = "Seventies", .isFolder = true, .parentDbId = 1},
+            {.dbId = 3, .name = "Child", .parentDbId = 2},
+            {.dbId = 4, .name = "Top"},
+            {.dbId = 5, .name = "Orphan", .parentDbId = 99}, // names no folder
+            {.dbId = 6, .name = "Loop", .isFolder = true, .parentDbId = 7},
+            {.dbId = 7, .name = "Back", .isFolder = true, .parentDbId = 6}, // a loop of parents
+        };
+        QCOMPARE(folderPaths(playlists), (QList<QStringList>{{}, {"Rock"}, {"Rock", "Seventies"}, {}, {}, {"Back"}, {"Loop"}}));
+        QStringList names;
+        for (const Playlist &playlist : flattenedFolders(playlists))
+            names.append(playlist.name);
+        QCOMPARE(names, (QStringList{"Rock - Seventies - Child", "Top", "Orphan"}));
+    }
+
+    void onTheGoFiles_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<std::optional<QList<quint32>>>("indexes");
+        QTest::addRow("entries") << onTheGoFile({2, 0, 2}) << std::optional(QList<quint32>{2, 0, 2});
+        QTest::addRow("count beyond the file") << onTheGoFile({4}, 1000000) << std::optional(QList<quint32>{4});
+        QTest::addRow("count below the file") << onTheGoFile({4, 5}, 1) << std::optional(QList<quint32>{4});
+        QTest::addRow("another tag") << QByteArray("mhbd").append(16, '\0') << std::optional<QList<quint32>>();
+        QByteArray longHeader = onTheGoFile({1});
+        longHeader[4] = char(200); // header length past the end
+        QTest::addRow("header past the end") << longHeader << std::optional<QList<quint32>>();
+        QTest::addRow("cut inside the header") << onTheGoFile({}).left(8) << std::optional<QList<quint32>>();
+    }
+
+    void onTheGoFiles()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(std::optional<QList<quint32>>, indexes);
+        QCOMPARE(parseOnTheGoFile(bytes), indexes);
+    }
+
+    void onTheGoPlaylistsResolveThroughFileOrder()
+    {
+        QTemporaryDir dir;
+        // Track ids 30, 10, 20 in file order: index 0 is track 30.
+        const ParseResult library = ITunesDBParser().parse(ITunesDBWriter()
+                                                               .addTrack(TrackItem::song(30, "Thirty", {}, {}))
+                                                               .addTrack(TrackItem::song(10, "Ten", {}, {}))
+                                                               .addTrack(TrackItem::song(20, "Twenty", {}, {}))
+                                                               .build());
+        writeFile(dir.filePath("OTGPlaylistInfo"), onTheGoFile({}));      // empty: nothing to list
+        writeFile(dir.filePath("OTGPlaylistInfo_1"), onTheGoFile({0, 2}));
+        writeFile(dir.filePath("OTGPlaylistInfo_2"), onTheGoFile({1, 3})); // made for another database
+        writeFile(dir.filePath("OTGPlaylistInfo_3"), onTheGoFile({1}));
+        writeFile(dir.filePath("OTGPlaylistInfo_5"), onTheGoFile({1}));    // after a gap: not read
+        const OnTheGoPlaylists found = readOnTheGoPlaylists(dir.path(), library);
+        QCOMPARE(found.playlists.size(), 2);
+        QCOMPARE(found.playlists[0].name, "On-The-Go 1");
+        QCOMPARE(found.playlists[0].trackIds, (QList<quint32>{30, 20}));
+        QCOMPARE(found.playlists[0].tracks.value(1).title, "Twenty");
+        QCOMPARE(found.playlists[1].name, "On-The-Go 2");
+        QCOMPARE(found.playlists[1].trackIds, QList<quint32>{10});
+        QCOMPARE(found.problems.size(), 1);
+        QVERIFY(found.problems.first().startsWith("OTGPlaylistInfo_2: entry 3 points past the 3 tracks"));
+    }
+
+    void ipodTreeOfAPath()
+    {
+        QTemporaryDir dir;
+        QDir().mkpath(dir.filePath("ipod/iPod_Control/iTunes"));
+        QDir().mkpath(dir.filePath("ipod/Playlists/sub"));
+        QDir().mkpath(dir.filePath("home/.ssh"));
+        const QString root = QFileInfo(dir.filePath("ipod")).canonicalFilePath();
+        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod")), std::optional(root));
+        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/sub")), std::optional(root));
+        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/not yet made")), std::optional(root));
+        QCOMPARE(enclosingIPodRoot(dir.filePath("home/.ssh")), std::nullopt);
+        QVERIFY(QFile::link(dir.filePath("ipod/Playlists"), dir.filePath("home/link")));
+        QCOMPARE(enclosingIPodRoot(dir.filePath("home/link")), std::optional(root)); // where the files really are
+    }
 };
-
-void TestExtraPlaylists::folderPathsAndFlattening()
-{
-    const QList<Playlist> playlists{
-        {.dbId = 1, .name = "Rock", .isFolder = true},
-        {.dbId = 2, .name = "Seventies", .isFolder = true, .parentDbId = 1},
-        {.dbId = 3, .name = "Child", .parentDbId = 2},
-        {.dbId = 4, .name = "Top"},
-        {.dbId = 5, .name = "Orphan", .parentDbId = 99}, // names no folder
-        {.dbId = 6, .name = "Loop", .isFolder = true, .parentDbId = 7},
-        {.dbId = 7, .name = "Back", .isFolder = true, .parentDbId = 6}, // a loop of parents
-    };
-    QCOMPARE(folderPaths(playlists), (QList<QStringList>{{}, {"Rock"}, {"Rock", "Seventies"}, {}, {}, {"Back"}, {"Loop"}}));
-    QStringList names;
-    for (const Playlist &playlist : flattenedFolders(playlists))
-        names.append(playlist.name);
-    QCOMPARE(names, (QStringList{"Rock - Seventies - Child", "Top", "Orphan"}));
-}
-
-void TestExtraPlaylists::onTheGoFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<std::optional<QList<quint32>>>("indexes");
-    QTest::addRow("entries") << onTheGoFile({2, 0, 2}) << std::optional(QList<quint32>{2, 0, 2});
-    QTest::addRow("count beyond the file") << onTheGoFile({4}, 1000000) << std::optional(QList<quint32>{4});
-    QTest::addRow("count below the file") << onTheGoFile({4, 5}, 1) << std::optional(QList<quint32>{4});
-    QTest::addRow("another tag") << QByteArray("mhbd").append(16, '\0') << std::optional<QList<quint32>>();
-    QByteArray longHeader = onTheGoFile({1});
-    longHeader[4] = char(200); // header length past the end
-    QTest::addRow("header past the end") << longHeader << std::optional<QList<quint32>>();
-    QTest::addRow("cut inside the header") << onTheGoFile({}).left(8) << std::optional<QList<quint32>>();
-}
-
-void TestExtraPlaylists::onTheGoFiles()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(std::optional<QList<quint32>>, indexes);
-    QCOMPARE(parseOnTheGoFile(bytes), indexes);
-}
-
-void TestExtraPlaylists::onTheGoPlaylistsResolveThroughFileOrder()
-{
-    QTemporaryDir dir;
-    // Track ids 30, 10, 20 in file order: index 0 is track 30.
-    const ParseResult library = ITunesDBParser().parse(ITunesDBWriter()
-                                                           .addTrack(TrackItem::song(30, "Thirty", {}, {}))
-                                                           .addTrack(TrackItem::song(10, "Ten", {}, {}))
-                                                           .addTrack(TrackItem::song(20, "Twenty", {}, {}))
-                                                           .build());
-    writeFile(dir.filePath("OTGPlaylistInfo"), onTheGoFile({}));      // empty: nothing to list
-    writeFile(dir.filePath("OTGPlaylistInfo_1"), onTheGoFile({0, 2}));
-    writeFile(dir.filePath("OTGPlaylistInfo_2"), onTheGoFile({1, 3})); // made for another database
-    writeFile(dir.filePath("OTGPlaylistInfo_3"), onTheGoFile({1}));
-    writeFile(dir.filePath("OTGPlaylistInfo_5"), onTheGoFile({1}));    // after a gap: not read
-    const OnTheGoPlaylists found = readOnTheGoPlaylists(dir.path(), library);
-    QCOMPARE(found.playlists.size(), 2);
-    QCOMPARE(found.playlists[0].name, "On-The-Go 1");
-    QCOMPARE(found.playlists[0].trackIds, (QList<quint32>{30, 20}));
-    QCOMPARE(found.playlists[0].tracks.value(1).title, "Twenty");
-    QCOMPARE(found.playlists[1].name, "On-The-Go 2");
-    QCOMPARE(found.playlists[1].trackIds, QList<quint32>{10});
-    QCOMPARE(found.problems.size(), 1);
-    QVERIFY(found.problems.first().startsWith("OTGPlaylistInfo_2: entry 3 points past the 3 tracks"));
-}
-
-void TestExtraPlaylists::ipodTreeOfAPath()
-{
-    QTemporaryDir dir;
-    QDir().mkpath(dir.filePath("ipod/iPod_Control/iTunes"));
-    QDir().mkpath(dir.filePath("ipod/Playlists/sub"));
-    QDir().mkpath(dir.filePath("home/.ssh"));
-    const QString root = QFileInfo(dir.filePath("ipod")).canonicalFilePath();
-    QCOMPARE(enclosingIPodRoot(dir.filePath("ipod")), std::optional(root));
-    QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/sub")), std::optional(root));
-    QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/not yet made")), std::optional(root));
-    QCOMPARE(enclosingIPodRoot(dir.filePath("home/.ssh")), std::nullopt);
-    QVERIFY(QFile::link(dir.filePath("ipod/Playlists"), dir.filePath("home/link")));
-    QCOMPARE(enclosingIPodRoot(dir.filePath("home/link")), std::optional(root)); // where the files really are
-}
 
 QTEST_APPLESS_MAIN(TestExtraPlaylists)
 #include "tst_extraplaylists.moc"

@@ -88,61 +88,57 @@ class TestHostileFiles : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void workIsBounded_data();
-    void workIsBounded();
-    void wellFormedFilesStayFarBelowTheLimits();
-};
-
-void TestHostileFiles::workIsBounded_data()
-{
-    QTest::addColumn<QByteArray>("db");
-    QTest::addColumn<bool>("capped");
-    QTest::addRow("sections sharing one track list") << sectionsSharingOneTrackList() << false;
-    QTest::addRow("playlists sharing one entry run") << playlistsSharingOneEntryRun() << true;
-    QTest::addRow("strings sharing one text") << stringsSharingOneText() << true;
-}
-
-void TestHostileFiles::workIsBounded()
-{
-    QFETCH(QByteArray, db);
-    QFETCH(bool, capped);
-    QElapsedTimer timer;
-    timer.start();
-    ParseWork work;
-    const ParseResult result = ITunesDBParser().parse(db, &work);
-    const ParseWork limits = ParseBudget::limitsFor(db.size());
-    qInfo("%lld bytes parsed in %lld ms: %lld iterations, %lld chunks, %lld decoded bytes, %lld playlists",
-          qint64(db.size()), timer.elapsed(), work.iterations, work.chunks, work.decodedBytes,
-          qint64(result.playlists.size()));
-    QCOMPARE(work.capped, capped);
-    QVERIFY(work.iterations <= limits.iterations);
-    QVERIFY(work.chunks <= limits.chunks);
-    QVERIFY(work.decodedBytes <= limits.decodedBytes);
-}
-
-void TestHostileFiles::wellFormedFilesStayFarBelowTheLimits()
-{
-    ITunesDBWriter builder;
-    QList<quint32> ids;
-    for (quint32 id = 1; id <= 2000; ++id) {
-        builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist"),
-                                         QStringLiteral(":iPod_Control:Music:F01:X%1.mp3").arg(id)));
-        ids.append(id);
+    void workIsBounded_data()
+    {
+        QTest::addColumn<QByteArray>("db");
+        QTest::addColumn<bool>("capped");
+        QTest::addRow("sections sharing one track list") << sectionsSharingOneTrackList() << false;
+        QTest::addRow("playlists sharing one entry run") << playlistsSharingOneEntryRun() << true;
+        QTest::addRow("strings sharing one text") << stringsSharingOneText() << true;
     }
-    for (int p = 0; p < 20; ++p)
-        builder.addPlaylist(PlaylistItem::of(QStringLiteral("List %1").arg(p), ids));
-    const QByteArray db = builder.withPodcastSection().build();
 
-    ParseWork work;
-    const ParseResult result = ITunesDBParser().parse(db, &work);
-    QCOMPARE(result.playlists.size(), 20);
-    QCOMPARE(result.playlists.last().tracks.size(), 2000);
-    const ParseWork limits = ParseBudget::limitsFor(db.size());
-    QVERIFY(!work.capped);
-    QVERIFY(work.iterations * 10 < limits.iterations);
-    QVERIFY(work.chunks * 2 < limits.chunks);
-    QVERIFY(work.decodedBytes * 4 < limits.decodedBytes);
-}
+    void workIsBounded()
+    {
+        QFETCH(QByteArray, db);
+        QFETCH(bool, capped);
+        QElapsedTimer timer;
+        timer.start();
+        ParseWork work;
+        const ParseResult result = ITunesDBParser().parse(db, &work);
+        const ParseWork limits = ParseBudget::limitsFor(db.size());
+        qInfo("%lld bytes parsed in %lld ms: %lld iterations, %lld chunks, %lld decoded bytes, %lld playlists",
+              qint64(db.size()), timer.elapsed(), work.iterations, work.chunks, work.decodedBytes,
+              qint64(result.playlists.size()));
+        QCOMPARE(work.capped, capped);
+        QVERIFY(work.iterations <= limits.iterations);
+        QVERIFY(work.chunks <= limits.chunks);
+        QVERIFY(work.decodedBytes <= limits.decodedBytes);
+    }
+
+    void wellFormedFilesStayFarBelowTheLimits()
+    {
+        ITunesDBWriter builder;
+        QList<quint32> ids;
+        for (quint32 id = 1; id <= 2000; ++id) {
+            builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist"),
+                                             QStringLiteral(":iPod_Control:Music:F01:X%1.mp3").arg(id)));
+            ids.append(id);
+        }
+        for (int p = 0; p < 20; ++p)
+            builder.addPlaylist(PlaylistItem::of(QStringLiteral("List %1").arg(p), ids));
+        const QByteArray db = builder.withPodcastSection().build();
+
+        ParseWork work;
+        const ParseResult result = ITunesDBParser().parse(db, &work);
+        QCOMPARE(result.playlists.size(), 20);
+        QCOMPARE(result.playlists.last().tracks.size(), 2000);
+        const ParseWork limits = ParseBudget::limitsFor(db.size());
+        QVERIFY(!work.capped);
+        QVERIFY(work.iterations * 10 < limits.iterations);
+        QVERIFY(work.chunks * 2 < limits.chunks);
+        QVERIFY(work.decodedBytes * 4 < limits.decodedBytes);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestHostileFiles)
 #include "tst_hostilefiles.moc"

@@ -56,319 +56,302 @@ class TestITunesDBParser : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void minimalDatabase();
-    void fatalErrors_data();
-    void fatalErrors();
-    void resolution();
-    void entryTrackIdFallback_data();
-    void entryTrackIdFallback();
-    void playlistHeader_data();
-    void playlistHeader();
-    void stringObjects_data();
-    void stringObjects();
-    void damagedListsStopWhereTheyMust_data();
-    void damagedListsStopWhereTheyMust();
-    void sectionsCountedAndOthersSkipped();
-    void truncatedFileKeepsWhatWasRead_data();
-    void truncatedFileKeepsWhatWasRead();
-    void readingTheFile();
-};
+    void minimalDatabase()
+    {
+        // Exactly the smallest layout: 32-byte header, 16-byte section headers, 12-byte list headers.
+        TrackItem song{.id = 5001, .fileSize = 4500000, .totalTimeMs = 240000, .trackNumber = 3, .year = 1975,
+                       .bitrate = 320, .headerLength = 72};
+        song.strings = {StringObject::utf16(1, "Bohemian Rhapsody"), StringObject::utf16(2, ":iPod_Control:Music:F00:ABCD.mp3"),
+                        StringObject::utf16(4, "Queen")};
+        PlaylistItem playlist{.name = QStringLiteral("Caffè ¥ Ø € 🎵"), .dbId = 12345, .headerLength = 36};
+        playlist.entries = {PlaylistEntry{.trackId = 5001, .headerLength = 28, .withPositionObject = false}};
+        const ParseResult result =
+            parseBytes(mhbd({mhsd(1, mhlt({mhit(song)}, 12), 16), mhsd(2, mhlp({mhyp(playlist)}, 12), 16)}, 32));
 
-void TestITunesDBParser::minimalDatabase()
-{
-    // Exactly the smallest layout: 32-byte header, 16-byte section headers, 12-byte list headers.
-    TrackItem song{.id = 5001, .fileSize = 4500000, .totalTimeMs = 240000, .trackNumber = 3, .year = 1975,
-                   .bitrate = 320, .headerLength = 72};
-    song.strings = {StringObject::utf16(1, "Bohemian Rhapsody"), StringObject::utf16(2, ":iPod_Control:Music:F00:ABCD.mp3"),
-                    StringObject::utf16(4, "Queen")};
-    PlaylistItem playlist{.name = QStringLiteral("Caffè ¥ Ø € 🎵"), .dbId = 12345, .headerLength = 36};
-    playlist.entries = {PlaylistEntry{.trackId = 5001, .headerLength = 28, .withPositionObject = false}};
-    const ParseResult result =
-        parseBytes(mhbd({mhsd(1, mhlt({mhit(song)}, 12), 16), mhsd(2, mhlp({mhyp(playlist)}, 12), 16)}, 32));
-
-    const Track expected{.id = 5001, .title = "Bohemian Rhapsody", .artist = "Queen",
-                         .ipodPath = ":iPod_Control:Music:F00:ABCD.mp3", .fileSize = 4500000, .totalTimeMs = 240000,
-                         .trackNumber = 3, .year = 1975, .bitrate = 320};
-    QCOMPARE(result.tracks, (QHash<quint32, Track>{{5001, expected}}));
-    QCOMPARE(result.playlists.size(), 1);
-    Playlist parsed = result.playlists.first();
-    QVERIFY(!parsed.id.isEmpty());
-    parsed.id.clear();
-    QCOMPARE(parsed, (Playlist{.dbId = 12345, .name = *playlist.name, .trackIds = {5001}, .tracks = {expected}}));
-    QVERIFY(!result.looksTruncated);
-}
-
-void TestITunesDBParser::fatalErrors_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("kind");
-    QTest::addRow("31 bytes") << mhbd({}, 32).left(31) << int(ParseError::Kind::fileTooSmall);
-    QTest::addRow("empty") << QByteArray() << int(ParseError::Kind::fileTooSmall);
-    QTest::addRow("32 bytes, wrong tag") << QByteArray(32, 'x') << int(ParseError::Kind::invalidHeader);
-    QTest::addRow("tag not ASCII") << QByteArray("\xedhbd").append(28, '\0') << int(ParseError::Kind::invalidHeader);
-    QTest::addRow("section first") << mhsd(1, QByteArray(32, '\0')) << int(ParseError::Kind::invalidHeader);
-}
-
-void TestITunesDBParser::fatalErrors()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, kind);
-    try {
-        (void)parseBytes(bytes);
-        QFAIL("expected a ParseError");
-    } catch (const ParseError &error) {
-        QCOMPARE(int(error.kind()), kind);
+        const Track expected{.id = 5001, .title = "Bohemian Rhapsody", .artist = "Queen",
+                             .ipodPath = ":iPod_Control:Music:F00:ABCD.mp3", .fileSize = 4500000, .totalTimeMs = 240000,
+                             .trackNumber = 3, .year = 1975, .bitrate = 320};
+        QCOMPARE(result.tracks, (QHash<quint32, Track>{{5001, expected}}));
+        QCOMPARE(result.playlists.size(), 1);
+        Playlist parsed = result.playlists.first();
+        QVERIFY(!parsed.id.isEmpty());
+        parsed.id.clear();
+        QCOMPARE(parsed, (Playlist{.dbId = 12345, .name = *playlist.name, .trackIds = {5001}, .tracks = {expected}}));
+        QVERIFY(!result.looksTruncated);
     }
-}
 
-void TestITunesDBParser::resolution()
-{
-    // Dangling ids are skipped, repeated ones repeat, and a later track with the same id wins.
-    const QByteArray db = ITunesDBWriter()
-                              .addTrack(TrackItem::song(5001, "First", {}, {}))
-                              .addTrack(TrackItem::song(2, "Other", {}, {}))
-                              .addTrack(TrackItem::song(5001, "Second", {}, {}))
-                              .addPlaylist(PlaylistItem::of("Mix", {7, 5001, 7, 5001}))
-                              .build();
-    const ParseResult result = parseBytes(db);
-    const Playlist playlist = result.playlists.value(0);
-    QCOMPARE(playlist.trackIds, (QList<quint32>{7, 5001, 7, 5001}));
-    QCOMPARE(idsOf(playlist.tracks), (QList<quint32>{5001, 5001}));
-    QCOMPARE(playlist.tracks.value(0).title, "Second");
-    QCOMPARE(result.trackOrder, (QList<quint32>{5001, 2}));
-    QCOMPARE(result.trackItemIds, (QList<quint32>{5001, 2, 5001}));
-    QVERIFY(result.playlists.value(0).id != parseBytes(db).playlists.value(0).id); // fresh on every parse
-}
-
-void TestITunesDBParser::entryTrackIdFallback_data()
-{
-    QTest::addColumn<quint32>("headerLength");
-    QTest::addColumn<quint32>("idOffset");
-    QTest::addRow("at +24") << 0x4Cu << 24u;
-    QTest::addRow("at +20 when +24 is zero") << 0x4Cu << 20u;
-    QTest::addRow("at +16 when +24 and +20 are zero") << 0x4Cu << 16u;
-    QTest::addRow("+20 read with a 24-byte header") << 24u << 20u;
-    QTest::addRow("+16 read with a short header") << 20u << 16u;
-}
-
-void TestITunesDBParser::entryTrackIdFallback()
-{
-    QFETCH(quint32, headerLength);
-    QFETCH(quint32, idOffset);
-    PlaylistItem playlist{.name = QStringLiteral("P")};
-    playlist.entries = {PlaylistEntry{.trackId = 5001, .headerLength = headerLength, .idOffset = idOffset,
-                                      .withPositionObject = false},
-                        PlaylistEntry{.trackId = 0, .withPositionObject = false}}; // contributes nothing
-    QCOMPARE(parseBytes(mhbd({trackSection({}), playlistSection({playlist})})).playlists.value(0).trackIds,
-             QList<quint32>{5001});
-}
-
-void TestITunesDBParser::playlistHeader_data()
-{
-    QTest::addColumn<PlaylistItem>("item");
-    QTest::addColumn<int>("position"); // among the three written: a named one, then this one, then another
-    QTest::addColumn<Playlist>("expected"); // id, trackIds and tracks are not compared
-
-    QTest::addRow("master without a name") << PlaylistItem{.isMaster = true} << 1
-                                           << Playlist{.name = "iPod Library", .isMaster = true};
-    QTest::addRow("nameless ordinary") << PlaylistItem{} << 1 << Playlist{.name = "Playlist 2"};
-    QTest::addRow("blank name") << PlaylistItem::of(" \t", {}) << 1 << Playlist{.name = "Playlist 2"};
-    QTest::addRow("master word needs a 24-byte header")
-        << PlaylistItem{.name = QString("A"), .isMaster = true, .dbId = 9, .headerLength = 20} << 1
-        << Playlist{.name = "A"};
-    QTest::addRow("id needs a 36-byte header")
-        << PlaylistItem{.name = QString("A"), .isMaster = true, .dbId = 9, .headerLength = 32} << 1
-        << Playlist{.name = "A", .isMaster = true};
-    QTest::addRow("folder and parent")
-        << PlaylistItem{.name = QString("F"), .dbId = 9, .isFolder = true, .parentDbId = 7} << 1
-        << Playlist{.dbId = 9, .name = "F", .isFolder = true, .parentDbId = 7};
-    QTest::addRow("folder fields need a 0x38-byte header")
-        << PlaylistItem{.name = QString("F"), .dbId = 9, .isFolder = true, .parentDbId = 7, .headerLength = 0x34} << 1
-        << Playlist{.dbId = 9, .name = "F"};
-    for (const bool smart : {true, false}) {
-        for (quint32 type : smart ? QList<quint32>{50, 51, 100, 101} : QList<quint32>{49, 52, 99, 102}) {
-            PlaylistItem marked = PlaylistItem::of("S", {});
-            marked.extraObjects = {StringObject::opaque(type)};
-            QTest::addRow("object type %u", type) << marked << 1 << Playlist{.name = "S", .isSmart = smart};
-        }
+    void fatalErrors_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("kind");
+        QTest::addRow("31 bytes") << mhbd({}, 32).left(31) << int(ParseError::Kind::fileTooSmall);
+        QTest::addRow("empty") << QByteArray() << int(ParseError::Kind::fileTooSmall);
+        QTest::addRow("32 bytes, wrong tag") << QByteArray(32, 'x') << int(ParseError::Kind::invalidHeader);
+        QTest::addRow("tag not ASCII") << QByteArray("\xedhbd").append(28, '\0') << int(ParseError::Kind::invalidHeader);
+        QTest::addRow("section first") << mhsd(1, QByteArray(32, '\0')) << int(ParseError::Kind::invalidHeader);
     }
-}
 
-void TestITunesDBParser::playlistHeader()
-{
-    QFETCH(PlaylistItem, item);
-    QFETCH(Playlist, expected);
-    PlaylistItem after = PlaylistItem::of("After", {1});
-    const QList<Playlist> playlists =
-        parseBytes(mhbd({trackSection({one}), playlistSection({PlaylistItem::of("N", {}), item, after})})).playlists;
-    QCOMPARE(playlists.size(), 3);
-    Playlist parsed = playlists.at(1);
-    parsed.id.clear();
-    parsed.trackIds.clear();
-    QCOMPARE(parsed, expected);
-    QCOMPARE(playlists.at(2).trackIds, QList<quint32>{1}); // the walk went on past it
-}
-
-void TestITunesDBParser::stringObjects_data()
-{
-    QTest::addColumn<StringObject>("object");
-    QTest::addColumn<QString>("expected");
-    StringObject utf8All = StringObject::utf8(1, "Caffè");
-    utf8All.storedLength = 0;
-    QTest::addRow("utf8 with length 0 takes all bytes") << utf8All << "Caffè";
-    StringObject tooLong = StringObject::utf16(1, "Long");
-    tooLong.storedLength = 1000;
-    QTest::addRow("stored length beyond object takes all bytes") << tooLong << "Long";
-    StringObject shorter = StringObject::utf16(1, "Long");
-    shorter.storedLength = 4;
-    QTest::addRow("stored length honoured") << shorter << "Lo";
-    QTest::addRow("BOM and NULs trimmed")
-        << StringObject{.type = 1, .text = QByteArray("\xff\xfeT\0i\0t\0l\0e\0\0\0\0\0", 14)} << "Title";
-    QTest::addRow("bare BOM trims to empty") << StringObject{.type = 1, .text = QByteArray("\xff\xfe", 2)} << "";
-    QTest::addRow("latin bytes flagged utf8 fall to mac roman")
-        << StringObject{.type = 1, .text = QByteArray("Caf\x8e"), .encodingFlag = 2} << "Café";
-    QTest::addRow("raw form utf16") << StringObject{.type = 1, .text = QByteArray("R\0a\0w\0", 6), .rawForm = true} << "Raw";
-    QTest::addRow("no text bytes") << StringObject::utf16(1, QString()) << "";
-    StringObject headerOnly = StringObject::utf16(1, "x");
-    headerOnly.totalLength = 24;
-    QTest::addRow("header length equals total length") << headerOnly << "";
-}
-
-void TestITunesDBParser::stringObjects()
-{
-    QFETCH(StringObject, object);
-    QFETCH(QString, expected);
-    TrackItem track{.id = 9, .strings = {object, StringObject::utf16(4, "After")}};
-    const Track parsed = parseBytes(mhbd({trackSection({track})})).tracks.value(9);
-    QCOMPARE(parsed.title, expected);
-    if (!object.totalLength)
-        QCOMPARE(parsed.artist, "After"); // the walk went on past the object
-}
-
-void TestITunesDBParser::damagedListsStopWhereTheyMust_data()
-{
-    QTest::addColumn<QByteArray>("db");
-    QTest::addColumn<QList<quint32>>("tracks"); // in file order
-    QTest::addColumn<QList<quint32>>("entries"); // of the first playlist
-    const PlaylistItem playlist = PlaylistItem::of("P", {1, 2});
-    const QByteArray lists = playlistSection({playlist});
-
-    // Junk between sections is stepped over 4 bytes at a time; between items, one byte at a time,
-    // each step costing one of the list's item iterations.
-    QTest::addRow("8 junk bytes between sections")
-        << mhbd({trackSection({one, two}), QByteArray(8, 'J'), lists}, 0x68, 2) << QList<quint32>{1, 2}
-        << QList<quint32>{1, 2};
-    QTest::addRow("6 junk bytes misalign the section walk")
-        << mhbd({trackSection({one, two}), QByteArray(6, 'J'), lists}, 0x68, 2) << QList<quint32>{1, 2}
-        << QList<quint32>{};
-    const QByteArray junkItems = mhit(one) + QByteArray("JJJ") + mhit(two);
-    QTest::addRow("junk costs iterations") << mhbd({mhsd(1, mhlt({junkItems}, 0x5C, 2)), lists})
-                                           << QList<quint32>{1} << QList<quint32>{1, 2};
-    QTest::addRow("a count covering the junk") << mhbd({mhsd(1, mhlt({junkItems}, 0x5C, 5)), lists})
-                                               << QList<quint32>{1, 2} << QList<quint32>{1, 2};
-    QTest::addRow("a list count smaller than its items")
-        << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}, 0x5C, 1)), lists}) << QList<quint32>{1} << QList<quint32>{1, 2};
-    // An item that lists fewer string objects than it claims still has its entries read.
-    PlaylistItem overclaiming = playlist;
-    overclaiming.stringCount = 3;
-    QTest::addRow("entries after a short string list")
-        << mhbd({trackSection({one, two}), playlistSection({overclaiming})}) << QList<quint32>{1, 2}
-        << QList<quint32>{1, 2};
-    // A chunk that claims no length ends the walk of its list, so nothing is read twice.
-    TrackItem zeroItem = one;
-    zeroItem.totalLength = 0;
-    QTest::addRow("track item of length 0") << mhbd({trackSection({zeroItem, two}), lists}) << QList<quint32>{1}
-                                            << QList<quint32>{1, 2};
-    TrackItem zeroString = one;
-    zeroString.strings.first().totalLength = 0;
-    zeroString.stringCount = 1000000;
-    QTest::addRow("string object of length 0") << mhbd({trackSection({zeroString, two}), lists})
-                                               << QList<quint32>{1, 2} << QList<quint32>{1, 2};
-    PlaylistItem zeroEntry = playlist;
-    zeroEntry.entries.first().totalLength = 0;
-    zeroEntry.entryCount = 1000000;
-    QTest::addRow("playlist entry of length 0") << mhbd({trackSection({one, two}), playlistSection({zeroEntry})})
-                                                << QList<quint32>{1, 2} << QList<quint32>{1};
-    QTest::addRow("section of length 0")
-        << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}), 0x60, 0), lists}, 0x68, 1000000) << QList<quint32>{}
-        << QList<quint32>{};
-}
-
-void TestITunesDBParser::damagedListsStopWhereTheyMust()
-{
-    QFETCH(QByteArray, db);
-    QFETCH(QList<quint32>, tracks);
-    QFETCH(QList<quint32>, entries);
-    ParseWork work;
-    const ParseResult result = ITunesDBParser().parse(db, &work);
-    QCOMPARE(result.trackItemIds, tracks);
-    QCOMPARE(result.playlists.isEmpty() ? QList<quint32>{} : result.playlists.first().trackIds, entries);
-    QVERIFY2(work.iterations < 100, "the walk must not re-read the same chunk");
-}
-
-void TestITunesDBParser::sectionsCountedAndOthersSkipped()
-{
-    const QByteArray tracks = trackSection({one});
-    const QByteArray lists = playlistSection({PlaylistItem::of("P", {1})});
-    const QByteArray podcasts = mhsd(3, mhlp({mhyp(PlaylistItem::of("Podcasts", {1}))}));
-    QCOMPARE(parseBytes(mhbd({tracks, lists}, 0x68, 1)).playlists.size(), 0);
-    const ParseResult withPodcasts = parseBytes(mhbd({tracks, podcasts, lists}));
-    QCOMPARE(withPodcasts.playlists.size(), 1);
-    QCOMPARE(withPodcasts.playlists.first().name, "P");
-}
-
-void TestITunesDBParser::truncatedFileKeepsWhatWasRead_data()
-{
-    QTest::addColumn<int>("bytesOfSecondItem");
-    QTest::addColumn<QList<quint32>>("expected");
-    QTest::addRow("cut inside the item's first 20 bytes drops it") << 10 << QList<quint32>{1};
-    QTest::addRow("cut after its header words keeps it, without strings") << 30 << QList<quint32>{1, 2};
-}
-
-void TestITunesDBParser::truncatedFileKeepsWhatWasRead()
-{
-    QFETCH(int, bytesOfSecondItem);
-    QFETCH(QList<quint32>, expected);
-    const QByteArray full = ITunesDBWriter()
-                                .addTrack(TrackItem::song(1, "Kept", {}, {}))
-                                .addTrack(TrackItem::song(2, "Cut", {}, {}))
-                                .addPlaylist(PlaylistItem::of("P", {1, 2}))
-                                .build();
-    const qsizetype cut = full.indexOf("mhit", full.indexOf("mhit") + 4) + bytesOfSecondItem;
-    const ParseResult result = parseBytes(full.left(cut));
-    QCOMPARE(result.trackOrder, expected);
-    QCOMPARE(result.tracks.value(1).title, "Kept");
-    QCOMPARE(result.tracks.value(2).title, QString());
-    QVERIFY(result.playlists.isEmpty());
-    QVERIFY(result.looksTruncated);
-}
-
-void TestITunesDBParser::readingTheFile()
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath("iTunesDB");
-    QVERIFY_THROWS_EXCEPTION(FileSystemError, (void)ITunesDBParser().parse(QUrl::fromLocalFile(path)));
-
-    writeFile(path, ITunesDBWriter().addPlaylist(PlaylistItem::of("From disk", {})).build());
-    qint64 reported = 0;
-    const ParseResult result =
-        ITunesDBParser().parse(QUrl::fromLocalFile(path), [&](qint64 done, qint64 total) { reported = done == total ? total : -1; });
-    QCOMPARE(result.playlists.value(0).name, "From disk");
-    QCOMPARE(reported, QFileInfo(path).size());
-
-    // A FIFO would block a reader for ever: it is refused at once, as a folder is.
-    const QString fifo = dir.filePath("fifo");
-    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-    for (const QString &special : {fifo, dir.path()}) {
+    void fatalErrors()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, kind);
         try {
-            (void)ITunesDBParser().parse(QUrl::fromLocalFile(special));
+            (void)parseBytes(bytes);
             QFAIL("expected a ParseError");
         } catch (const ParseError &error) {
-            QCOMPARE(error.kind(), ParseError::Kind::readFailed);
-            QVERIFY2(error.errorDescription().contains("non è un file normale"), qPrintable(error.errorDescription()));
+            QCOMPARE(int(error.kind()), kind);
         }
     }
-}
+
+    void resolution()
+    {
+        // Dangling ids are skipped, repeated ones repeat, and a later track with the same id wins.
+        const QByteArray db = ITunesDBWriter()
+                                  .addTrack(TrackItem::song(5001, "First", {}, {}))
+                                  .addTrack(TrackItem::song(2, "Other", {}, {}))
+                                  .addTrack(TrackItem::song(5001, "Second", {}, {}))
+                                  .addPlaylist(PlaylistItem::of("Mix", {7, 5001, 7, 5001}))
+                                  .build();
+        const ParseResult result = parseBytes(db);
+        const Playlist playlist = result.playlists.value(0);
+        QCOMPARE(playlist.trackIds, (QList<quint32>{7, 5001, 7, 5001}));
+        QCOMPARE(idsOf(playlist.tracks), (QList<quint32>{5001, 5001}));
+        QCOMPARE(playlist.tracks.value(0).title, "Second");
+        QCOMPARE(result.trackOrder, (QList<quint32>{5001, 2}));
+        QCOMPARE(result.trackItemIds, (QList<quint32>{5001, 2, 5001}));
+        QVERIFY(result.playlists.value(0).id != parseBytes(db).playlists.value(0).id); // fresh on every parse
+    }
+
+    void entryTrackIdFallback_data()
+    {
+        QTest::addColumn<quint32>("headerLength");
+        QTest::addColumn<quint32>("idOffset");
+        QTest::addRow("at +24") << 0x4Cu << 24u;
+        QTest::addRow("at +20 when +24 is zero") << 0x4Cu << 20u;
+        QTest::addRow("at +16 when +24 and +20 are zero") << 0x4Cu << 16u;
+        QTest::addRow("+20 read with a 24-byte header") << 24u << 20u;
+        QTest::addRow("+16 read with a short header") << 20u << 16u;
+    }
+
+    void entryTrackIdFallback()
+    {
+        QFETCH(quint32, headerLength);
+        QFETCH(quint32, idOffset);
+        PlaylistItem playlist{.name = QStringLiteral("P")};
+        playlist.entries = {PlaylistEntry{.trackId = 5001, .headerLength = headerLength, .idOffset = idOffset,
+                                          .withPositionObject = false},
+                            PlaylistEntry{.trackId = 0, .withPositionObject = false}}; // contributes nothing
+        QCOMPARE(parseBytes(mhbd({trackSection({}), playlistSection({playlist})})).playlists.value(0).trackIds,
+                 QList<quint32>{5001});
+    }
+
+    void playlistHeader_data()
+    {
+        QTest::addColumn<PlaylistItem>("item");
+        QTest::addColumn<int>("position"); // among the three written: a named one, then this one, then another
+        QTest::addColumn<Playlist>("expected"); // id, trackIds and tracks are not compared
+
+        QTest::addRow("master without a name") << PlaylistItem{.isMaster = true} << 1
+                                               << Playlist{.name = "iPod Library", .isMaster = true};
+        QTest::addRow("nameless ordinary") << PlaylistItem{} << 1 << Playlist{.name = "Playlist 2"};
+        QTest::addRow("blank name") << PlaylistItem::of(" \t", {}) << 1 << Playlist{.name = "Playlist 2"};
+        QTest::addRow("master word needs a 24-byte header")
+            << PlaylistItem{.name = QString("A"), .isMaster = true, .dbId = 9, .headerLength = 20} << 1
+            << Playlist{.name = "A"};
+        QTest::addRow("id needs a 36-byte header")
+            << PlaylistItem{.name = QString("A"), .isMaster = true, .dbId = 9, .headerLength = 32} << 1
+            << Playlist{.name = "A", .isMaster = true};
+        QTest::addRow("folder and parent")
+            << PlaylistItem{.name = QString("F"), .dbId = 9, .isFolder = true, .parentDbId = 7} << 1
+            << Playlist{.dbId = 9, .name = "F", .isFolder = true, .parentDbId = 7};
+        QTest::addRow("folder fields need a 0x38-byte header")
+            << PlaylistItem{.name = QString("F"), .dbId = 9, .isFolder = true, .parentDbId = 7, .headerLength = 0x34} << 1
+            << Playlist{.dbId = 9, .name = "F"};
+        for (const bool smart : {true, false}) {
+            for (quint32 type : smart ? QList<quint32>{50, 51, 100, 101} : QList<quint32>{49, 52, 99, 102}) {
+                PlaylistItem marked = PlaylistItem::of("S", {});
+                marked.extraObjects = {StringObject::opaque(type)};
+                QTest::addRow("object type %u", type) << marked << 1 << Playlist{.name = "S", .isSmart = smart};
+            }
+        }
+    }
+
+    void playlistHeader()
+    {
+        QFETCH(PlaylistItem, item);
+        QFETCH(Playlist, expected);
+        PlaylistItem after = PlaylistItem::of("After", {1});
+        const QList<Playlist> playlists =
+            parseBytes(mhbd({trackSection({one}), playlistSection({PlaylistItem::of("N", {}), item, after})})).playlists;
+        QCOMPARE(playlists.size(), 3);
+        Playlist parsed = playlists.at(1);
+        parsed.id.clear();
+        parsed.trackIds.clear();
+        QCOMPARE(parsed, expected);
+        QCOMPARE(playlists.at(2).trackIds, QList<quint32>{1}); // the walk went on past it
+    }
+
+    void stringObjects_data()
+    {
+        QTest::addColumn<StringObject>("object");
+        QTest::addColumn<QString>("expected");
+        StringObject utf8All = StringObject::utf8(1, "Caffè");
+        utf8All.storedLength = 0;
+        QTest::addRow("utf8 with length 0 takes all bytes") << utf8All << "Caffè";
+        StringObject tooLong = StringObject::utf16(1, "Long");
+        tooLong.storedLength = 1000;
+        QTest::addRow("stored length beyond object takes all bytes") << tooLong << "Long";
+        StringObject shorter = StringObject::utf16(1, "Long");
+        shorter.storedLength = 4;
+        QTest::addRow("stored length honoured") << shorter << "Lo";
+        QTest::addRow("BOM and NULs trimmed")
+            << StringObject{.type = 1, .text = QByteArray("\xff\xfeT\0i\0t\0l\0e\0\0\0\0\0", 14)} << "Title";
+        QTest::addRow("bare BOM trims to empty") << StringObject{.type = 1, .text = QByteArray("\xff\xfe", 2)} << "";
+        QTest::addRow("latin bytes flagged utf8 fall to mac roman")
+            << StringObject{.type = 1, .text = QByteArray("Caf\x8e"), .encodingFlag = 2} << "Café";
+        QTest::addRow("raw form utf16") << StringObject{.type = 1, .text = QByteArray("R\0a\0w\0", 6), .rawForm = true} << "Raw";
+        QTest::addRow("no text bytes") << StringObject::utf16(1, QString()) << "";
+        StringObject headerOnly = StringObject::utf16(1, "x");
+        headerOnly.totalLength = 24;
+        QTest::addRow("header length equals total length") << headerOnly << "";
+    }
+
+    void stringObjects()
+    {
+        QFETCH(StringObject, object);
+        QFETCH(QString, expected);
+        TrackItem track{.id = 9, .strings = {object, StringObject::utf16(4, "After")}};
+        const Track parsed = parseBytes(mhbd({trackSection({track})})).tracks.value(9);
+        QCOMPARE(parsed.title, expected);
+        if (!object.totalLength)
+            QCOMPARE(parsed.artist, "After"); // the walk went on past the object
+    }
+
+    void damagedListsStopWhereTheyMust_data()
+    {
+        QTest::addColumn<QByteArray>("db");
+        QTest::addColumn<QList<quint32>>("tracks"); // in file order
+        QTest::addColumn<QList<quint32>>("entries"); // of the first playlist
+        const PlaylistItem playlist = PlaylistItem::of("P", {1, 2});
+        const QByteArray lists = playlistSection({playlist});
+
+        // Junk between sections is stepped over 4 bytes at a time; between items, one byte at a time,
+        // each step costing one of the list's item iterations.
+        QTest::addRow("8 junk bytes between sections")
+            << mhbd({trackSection({one, two}), QByteArray(8, 'J'), lists}, 0x68, 2) << QList<quint32>{1, 2}
+            << QList<quint32>{1, 2};
+        QTest::addRow("6 junk bytes misalign the section walk")
+            << mhbd({trackSection({one, two}), QByteArray(6, 'J'), lists}, 0x68, 2) << QList<quint32>{1, 2}
+            << QList<quint32>{};
+        const QByteArray junkItems = mhit(one) + QByteArray("JJJ") + mhit(two);
+        QTest::addRow("junk costs iterations") << mhbd({mhsd(1, mhlt({junkItems}, 0x5C, 2)), lists})
+                                               << QList<quint32>{1} << QList<quint32>{1, 2};
+        QTest::addRow("a count covering the junk") << mhbd({mhsd(1, mhlt({junkItems}, 0x5C, 5)), lists})
+                                                   << QList<quint32>{1, 2} << QList<quint32>{1, 2};
+        QTest::addRow("a list count smaller than its items")
+            << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}, 0x5C, 1)), lists}) << QList<quint32>{1} << QList<quint32>{1, 2};
+        // An item that lists fewer string objects than it claims still has its entries read.
+        PlaylistItem overclaiming = playlist;
+        overclaiming.stringCount = 3;
+        QTest::addRow("entries after a short string list")
+            << mhbd({trackSection({one, two}), playlistSection({overclaiming})}) << QList<quint32>{1, 2}
+            << QList<quint32>{1, 2};
+        // A chunk that claims no length ends the walk of its list, so nothing is read twice.
+        TrackItem zeroItem = one;
+        zeroItem.totalLength = 0;
+        QTest::addRow("track item of length 0") << mhbd({trackSection({zeroItem, two}), lists}) << QList<quint32>{1}
+                                                << QList<quint32>{1, 2};
+        TrackItem zeroString = one;
+        zeroString.strings.first().totalLength = 0;
+        zeroString.stringCount = 1000000;
+        QTest::addRow("string object of length 0") << mhbd({trackSection({zeroString, two}), lists})
+                                                   << QList<quint32>{1, 2} << QList<quint32>{1, 2};
+        PlaylistItem zeroEntry = playlist;
+        zeroEntry.entries.first().totalLength = 0;
+        zeroEntry.entryCount = 1000000;
+        QTest::addRow("playlist entry of length 0") << mhbd({trackSection({one, two}), playlistSection({zeroEntry})})
+                                                    << QList<quint32>{1, 2} << QList<quint32>{1};
+        QTest::addRow("section of length 0")
+            << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}), 0x60, 0), lists}, 0x68, 1000000) << QList<quint32>{}
+            << QList<quint32>{};
+    }
+
+    void damagedListsStopWhereTheyMust()
+    {
+        QFETCH(QByteArray, db);
+        QFETCH(QList<quint32>, tracks);
+        QFETCH(QList<quint32>, entries);
+        ParseWork work;
+        const ParseResult result = ITunesDBParser().parse(db, &work);
+        QCOMPARE(result.trackItemIds, tracks);
+        QCOMPARE(result.playlists.isEmpty() ? QList<quint32>{} : result.playlists.first().trackIds, entries);
+        QVERIFY2(work.iterations < 100, "the walk must not re-read the same chunk");
+    }
+
+    void sectionsCountedAndOthersSkipped()
+    {
+        const QByteArray tracks = trackSection({one});
+        const QByteArray lists = playlistSection({PlaylistItem::of("P", {1})});
+        const QByteArray podcasts = mhsd(3, mhlp({mhyp(PlaylistItem::of("Podcasts", {1}))}));
+        QCOMPARE(parseBytes(mhbd({tracks, lists}, 0x68, 1)).playlists.size(), 0);
+        const ParseResult withPodcasts = parseBytes(mhbd({tracks, podcasts, lists}));
+        QCOMPARE(withPodcasts.playlists.size(), 1);
+        QCOMPARE(withPodcasts.playlists.first().name, "P");
+    }
+
+    void truncatedFileKeepsWhatWasRead_data()
+    {
+        QTest::addColumn<int>("bytesOfSecondItem");
+        QTest::addColumn<QList<quint32>>("expected");
+        QTest::addRow("cut inside the item's first 20 bytes drops it") << 10 << QList<quint32>{1};
+        QTest::addRow("cut after its header words keeps it, without strings") << 30 << QList<quint32>{1, 2};
+    }
+
+    void truncatedFileKeepsWhatWasRead()
+    {
+        QFETCH(int, bytesOfSecondItem);
+        QFETCH(QList<quint32>, expected);
+        const QByteArray full = ITunesDBWriter()
+                                    .addTrack(TrackItem::song(1, "Kept", {}, {}))
+                                    .addTrack(TrackItem::song(2, "Cut", {}, {}))
+                                    .addPlaylist(PlaylistItem::of("P", {1, 2}))
+                                    .build();
+        const qsizetype cut = full.indexOf("mhit", full.indexOf("mhit") + 4) + bytesOfSecondItem;
+        const ParseResult result = parseBytes(full.left(cut));
+        QCOMPARE(result.trackOrder, expected);
+        QCOMPARE(result.tracks.value(1).title, "Kept");
+        QCOMPARE(result.tracks.value(2).title, QString());
+        QVERIFY(result.playlists.isEmpty());
+        QVERIFY(result.looksTruncated);
+    }
+
+    void readingTheFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("iTunesDB");
+        QVERIFY_THROWS_EXCEPTION(FileSystemError, (void)ITunesDBParser().parse(QUrl::fromLocalFile(path)));
+
+        writeFile(path, ITunesDBWriter().addPlaylist(PlaylistItem::of("From disk", {})).build());
+        qint64 reported = 0;
+        const ParseResult result =
+            ITunesDBParser().parse(QUrl::fromLocalFile(path), [&](qint64 done, qint64 total) { reported = done == total ? total : -1; });
+        QCOMPARE(result.playlists.value(0).name, "From disk");
+        QCOMPARE(reported, QFileInfo(path).size());
+
+        // A FIFO would block a reader for ever: it is refused at once, as a folder is.
+        const QString fifo = dir.filePath("fifo");
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        for (const QString &special : {fifo, dir.path()}) {
+            try {
+                (void)ITunesDBParser().parse(QUrl::fromLocalFile(special));
+                QFAIL("expected a ParseError");
+            } catch (const ParseError &error) {
+                QCOMPARE(error.kind(), ParseError::Kind::readFailed);
+                QVERIFY2(error.errorDescription().contains("non è un file normale"), qPrintable(error.errorDescription()));
+            }
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(TestITunesDBParser)
 #include "tst_itunesdbparser.moc"

@@ -9,137 +9,125 @@ class TestTrack : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void displayTitle_data();
-    void displayTitle();
-    void displayArtistAndAlbum();
-    void formattedDuration_data();
-    void formattedDuration();
-    void rockboxPath_data();
-    void rockboxPath();
-    void playlistDuration_data();
-    void playlistDuration();
-    void trackCountPrefersResolvedTracks();
-    void parseErrorTexts();
+    void displayTitle_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("ipodPath");
+        QTest::addColumn<quint32>("id");
+        QTest::addColumn<QString>("expected");
+
+        QTest::addRow("plain title") << "Hey Jude" << ":iPod_Control:Music:F00:A.mp3" << 1u << "Hey Jude";
+        QTest::addRow("title trimmed") << "\t Hey Jude \n" << "" << 1u << "Hey Jude";
+        QTest::addRow("blank title shows whole colon path")
+            << "  \n" << ":iPod_Control:Music:F00:ABCD.mp3" << 1u << ":iPod_Control:Music:F00:ABCD.mp3";
+        QTest::addRow("slash path shows last component") << "" << "/Music/F01/X.mp3" << 1u << "X.mp3";
+        QTest::addRow("nothing at all") << "" << "" << 42u << "Track 42";
+        QTest::addRow("large id has no separators") << "" << "" << 4294967295u << "Track 4294967295";
+    }
+
+    void displayTitle()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, ipodPath);
+        QFETCH(quint32, id);
+        QFETCH(QString, expected);
+        const Track track{.id = id, .title = title, .ipodPath = ipodPath};
+        QCOMPARE(track.displayTitle(), expected);
+    }
+
+    void displayArtistAndAlbum()
+    {
+        const Track blank{.artist = QStringLiteral(" "), .album = QString()};
+        QCOMPARE(blank.displayArtist(), QStringLiteral("Unknown Artist"));
+        QCOMPARE(blank.displayAlbum(), QStringLiteral("Unknown Album"));
+        const Track padded{.artist = QStringLiteral(" Queen "), .album = QStringLiteral("\u2003Opera\u2028")};
+        QCOMPARE(padded.displayArtist(), QStringLiteral("Queen"));
+        QCOMPARE(padded.displayAlbum(), QStringLiteral("Opera"));
+    }
+
+    void formattedDuration_data()
+    {
+        QTest::addColumn<quint32>("ms");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("seconds");
+        QTest::addRow("four minutes") << 240000u << "4:00" << 240;
+        QTest::addRow("truncates, never rounds") << 59999u << "0:59" << 59;
+        QTest::addRow("no hours field") << 3725000u << "62:05" << 3725;
+        QTest::addRow("zero") << 0u << "0:00" << 0;
+    }
+
+    void formattedDuration()
+    {
+        QFETCH(quint32, ms);
+        QFETCH(QString, expected);
+        QFETCH(int, seconds);
+        const Track track{.totalTimeMs = ms};
+        QCOMPARE(track.formattedDuration(), expected);
+        QCOMPARE(track.durationSeconds(), seconds);
+    }
+
+    void rockboxPath_data()
+    {
+        QTest::addColumn<QString>("ipodPath");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("leading colon") << ":iPod_Control:Music:F00:ABCD.mp3" << "/iPod_Control/Music/F00/ABCD.mp3";
+        QTest::addRow("no leading colon") << "iPod_Control:Music:F15:WXYZ.m4a" << "/iPod_Control/Music/F15/WXYZ.m4a";
+        QTest::addRow("empty") << "" << "/";
+        QTest::addRow("case and accents kept") << ":Music:Caffè.MP3" << "/Music/Caffè.MP3";
+    }
+
+    void rockboxPath()
+    {
+        QFETCH(QString, ipodPath);
+        QFETCH(QString, expected);
+        QCOMPARE(Track{.ipodPath = ipodPath}.rockboxPath(), expected);
+    }
+
+    void playlistDuration_data()
+    {
+        QTest::addColumn<QList<quint32>>("durationsMs");
+        QTest::addColumn<qint64>("seconds");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("each track truncated before adding") << QList<quint32>{1999, 1999} << qint64(2) << "0m 02s";
+        QTest::addRow("exactly an hour") << QList<quint32>{3600000} << qint64(3600) << "1h 00m 00s";
+        QTest::addRow("just under an hour") << QList<quint32>{3599999} << qint64(3599) << "59m 59s";
+        QTest::addRow("many hours") << QList<quint32>{4000000000u, 4000000000u} << qint64(8000000) << "2222h 13m 20s";
+        QTest::addRow("empty") << QList<quint32>{} << qint64(0) << "0m 00s";
+    }
+
+    void playlistDuration()
+    {
+        QFETCH(QList<quint32>, durationsMs);
+        QFETCH(qint64, seconds);
+        QFETCH(QString, expected);
+        Playlist playlist;
+        for (quint32 ms : durationsMs)
+            playlist.tracks.append(Track{.totalTimeMs = ms});
+        QCOMPARE(playlist.totalDurationSeconds(), seconds);
+        QCOMPARE(playlist.formattedTotalDuration(), expected);
+    }
+
+    void trackCountPrefersResolvedTracks()
+    {
+        Playlist playlist{.trackIds = {1, 2}};
+        QCOMPARE(playlist.trackCount(), 2);
+        playlist.tracks.append(Track{.id = 1});
+        QCOMPARE(playlist.trackCount(), 1);
+        QVERIFY(!playlist.isAlreadyOnRockbox());
+        playlist.existingRockboxFile = ExistingRockboxFile{.filename = QStringLiteral("a.m3u8")};
+        QVERIFY(playlist.isAlreadyOnRockbox());
+    }
+
+    void parseErrorTexts()
+    {
+        QCOMPARE(ParseError::readFailed(QStringLiteral("Impossibile leggere l'header mhbd")).errorDescription(),
+                 QStringLiteral("Errore durante la lettura del database: Impossibile leggere l'header mhbd"));
+        QCOMPARE(ParseError::invalidHeader().errorDescription(),
+                 QStringLiteral("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta."));
+        QCOMPARE(ParseError::fileTooSmall().errorDescription(),
+                 QStringLiteral("Il file database è troppo piccolo o incompleto."));
+    }
 };
-
-void TestTrack::displayTitle_data()
-{
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("ipodPath");
-    QTest::addColumn<quint32>("id");
-    QTest::addColumn<QString>("expected");
-
-    QTest::addRow("plain title") << "Hey Jude" << ":iPod_Control:Music:F00:A.mp3" << 1u << "Hey Jude";
-    QTest::addRow("title trimmed") << "\t Hey Jude \n" << "" << 1u << "Hey Jude";
-    QTest::addRow("blank title shows whole colon path")
-        << "  \n" << ":iPod_Control:Music:F00:ABCD.mp3" << 1u << ":iPod_Control:Music:F00:ABCD.mp3";
-    QTest::addRow("slash path shows last component") << "" << "/Music/F01/X.mp3" << 1u << "X.mp3";
-    QTest::addRow("nothing at all") << "" << "" << 42u << "Track 42";
-    QTest::addRow("large id has no separators") << "" << "" << 4294967295u << "Track 4294967295";
-}
-
-void TestTrack::displayTitle()
-{
-    QFETCH(QString, title);
-    QFETCH(QString, ipodPath);
-    QFETCH(quint32, id);
-    QFETCH(QString, expected);
-    const Track track{.id = id, .title = title, .ipodPath = ipodPath};
-    QCOMPARE(track.displayTitle(), expected);
-}
-
-void TestTrack::displayArtistAndAlbum()
-{
-    const Track blank{.artist = QStringLiteral(" "), .album = QString()};
-    QCOMPARE(blank.displayArtist(), QStringLiteral("Unknown Artist"));
-    QCOMPARE(blank.displayAlbum(), QStringLiteral("Unknown Album"));
-    const Track padded{.artist = QStringLiteral(" Queen "), .album = QStringLiteral("\u2003Opera\u2028")};
-    QCOMPARE(padded.displayArtist(), QStringLiteral("Queen"));
-    QCOMPARE(padded.displayAlbum(), QStringLiteral("Opera"));
-}
-
-void TestTrack::formattedDuration_data()
-{
-    QTest::addColumn<quint32>("ms");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<int>("seconds");
-    QTest::addRow("four minutes") << 240000u << "4:00" << 240;
-    QTest::addRow("truncates, never rounds") << 59999u << "0:59" << 59;
-    QTest::addRow("no hours field") << 3725000u << "62:05" << 3725;
-    QTest::addRow("zero") << 0u << "0:00" << 0;
-}
-
-void TestTrack::formattedDuration()
-{
-    QFETCH(quint32, ms);
-    QFETCH(QString, expected);
-    QFETCH(int, seconds);
-    const Track track{.totalTimeMs = ms};
-    QCOMPARE(track.formattedDuration(), expected);
-    QCOMPARE(track.durationSeconds(), seconds);
-}
-
-void TestTrack::rockboxPath_data()
-{
-    QTest::addColumn<QString>("ipodPath");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("leading colon") << ":iPod_Control:Music:F00:ABCD.mp3" << "/iPod_Control/Music/F00/ABCD.mp3";
-    QTest::addRow("no leading colon") << "iPod_Control:Music:F15:WXYZ.m4a" << "/iPod_Control/Music/F15/WXYZ.m4a";
-    QTest::addRow("empty") << "" << "/";
-    QTest::addRow("case and accents kept") << ":Music:Caffè.MP3" << "/Music/Caffè.MP3";
-}
-
-void TestTrack::rockboxPath()
-{
-    QFETCH(QString, ipodPath);
-    QFETCH(QString, expected);
-    QCOMPARE(Track{.ipodPath = ipodPath}.rockboxPath(), expected);
-}
-
-void TestTrack::playlistDuration_data()
-{
-    QTest::addColumn<QList<quint32>>("durationsMs");
-    QTest::addColumn<qint64>("seconds");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("each track truncated before adding") << QList<quint32>{1999, 1999} << qint64(2) << "0m 02s";
-    QTest::addRow("exactly an hour") << QList<quint32>{3600000} << qint64(3600) << "1h 00m 00s";
-    QTest::addRow("just under an hour") << QList<quint32>{3599999} << qint64(3599) << "59m 59s";
-    QTest::addRow("many hours") << QList<quint32>{4000000000u, 4000000000u} << qint64(8000000) << "2222h 13m 20s";
-    QTest::addRow("empty") << QList<quint32>{} << qint64(0) << "0m 00s";
-}
-
-void TestTrack::playlistDuration()
-{
-    QFETCH(QList<quint32>, durationsMs);
-    QFETCH(qint64, seconds);
-    QFETCH(QString, expected);
-    Playlist playlist;
-    for (quint32 ms : durationsMs)
-        playlist.tracks.append(Track{.totalTimeMs = ms});
-    QCOMPARE(playlist.totalDurationSeconds(), seconds);
-    QCOMPARE(playlist.formattedTotalDuration(), expected);
-}
-
-void TestTrack::trackCountPrefersResolvedTracks()
-{
-    Playlist playlist{.trackIds = {1, 2}};
-    QCOMPARE(playlist.trackCount(), 2);
-    playlist.tracks.append(Track{.id = 1});
-    QCOMPARE(playlist.trackCount(), 1);
-    QVERIFY(!playlist.isAlreadyOnRockbox());
-    playlist.existingRockboxFile = ExistingRockboxFile{.filename = QStringLiteral("a.m3u8")};
-    QVERIFY(playlist.isAlreadyOnRockbox());
-}
-
-void TestTrack::parseErrorTexts()
-{
-    QCOMPARE(ParseError::readFailed(QStringLiteral("Impossibile leggere l'header mhbd")).errorDescription(),
-             QStringLiteral("Errore durante la lettura del database: Impossibile leggere l'header mhbd"));
-    QCOMPARE(ParseError::invalidHeader().errorDescription(),
-             QStringLiteral("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta."));
-    QCOMPARE(ParseError::fileTooSmall().errorDescription(),
-             QStringLiteral("Il file database è troppo piccolo o incompleto."));
-}
 
 QTEST_APPLESS_MAIN(TestTrack)
 #include "tst_track.moc"

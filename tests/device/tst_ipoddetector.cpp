@@ -61,175 +61,165 @@ class TestIPodDetector : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void inspectsLocations_data();
-    void inspectsLocations();
-    void describesDevice();
-    void emptyVolumesGiveNoSelection();
-    void selectionFollowsMounts();
-    void failedListingKeepsState();
-    void customLocations();
-    void rockboxPlayer_data();
-    void rockboxPlayer();
+    void inspectsLocations_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("database"); // empty: not an iPod
+        QTest::addRow("iTunesDB") << QStringList{"iTunesDB"} << "iTunesDB";
+        QTest::addRow("only iTunesSD") << QStringList{"iTunesSD"} << "iTunesSD";
+        QTest::addRow("both prefer iTunesDB") << QStringList{"iTunesSD", "iTunesDB"} << "iTunesDB";
+        QTest::addRow("no database") << QStringList{"iTunesPrefs"} << "";
+    }
+
+    void inspectsLocations()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, database);
+        Volumes volumes;
+        QString root;
+        for (const QString &file : files)
+            root = volumes.addIPod("IPOD", file.toLatin1().constData());
+        const auto detector = volumes.detector();
+        const std::optional<IPodDevice> device = detector->inspectLocation(QUrl::fromLocalFile(root));
+        QCOMPARE(device.has_value(), !database.isEmpty());
+        if (device)
+            QCOMPARE(device->itunesDBURL.toLocalFile(), root + "/iPod_Control/iTunes/" + database);
+    }
+
+    void describesDevice()
+    {
+        Volumes volumes;
+        const QString root = volumes.addIPod("Backup");
+        const auto detector = volumes.detector();
+        const IPodDevice unnamed = *detector->inspectLocation(QUrl::fromLocalFile(root));
+        QCOMPARE(unnamed.name, "Backup"); // no volume name: the folder's own
+        QCOMPARE(unnamed.mountURL, QUrl::fromLocalFile(root));
+        QCOMPARE(unnamed.playlistsURL.toLocalFile(), root + "/Playlists");
+        QCOMPARE(unnamed.totalDiskSpace, std::optional<qint64>(16'000'000'000));
+        QCOMPARE(unnamed.formattedTotalSpace(), std::optional<QString>("16.00 GB"));
+        QCOMPARE(unnamed.formattedFreeSpace(), std::optional<QString>("1.23 GB"));
+
+        volumes.label = "JOHN'S IPOD";
+        const IPodDevice labelled = *detector->inspectLocation(QUrl::fromLocalFile(root));
+        QCOMPARE(labelled.name, "JOHN'S IPOD");
+        QVERIFY(labelled.id != unnamed.id); // every inspection makes a new id
+
+        const IPodDevice unknownSpace{};
+        QCOMPARE(unknownSpace.formattedFreeSpace(), std::nullopt);
+    }
+
+    void emptyVolumesGiveNoSelection()
+    {
+        Volumes volumes;
+        QDir(volumes.dir.path()).mkdir("USB STICK");
+        const auto detector = volumes.detector();
+        QVERIFY(detector->detectedDevices().isEmpty());
+        QCOMPARE(detector->selectedDevice(), std::nullopt);
+    }
+
+    void selectionFollowsMounts()
+    {
+        Volumes volumes;
+        volumes.addIPod("A");
+        const auto detector = volumes.detector();
+        QCOMPARE(detector->selectedDevice()->name, "A");
+        const IPodDevice selectedA = *detector->selectedDevice();
+        QSignalSpy selectionChanged(detector.get(), &IPodDetector::selectedDeviceChanged);
+
+        volumes.addIPod("B");
+        volumes.watcher->mountHappened();
+        QCOMPARE(detector->detectedDevices().size(), 2);
+        QCOMPARE(detector->selectedDevice(), std::optional(selectedA)); // the old value, old id and all
+        QCOMPARE(selectionChanged.count(), 0);                           // not even assigned
+
+        volumes.remove("A");
+        volumes.watcher->mountHappened();
+        QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"B"});
+        QCOMPARE(detector->selectedDevice()->name, "B");
+
+        volumes.remove("B");
+        volumes.watcher->mountHappened();
+        QCOMPARE(detector->selectedDevice(), std::nullopt);
+        volumes.watcher->mountHappened(); // none again: assigned, and so announced, again
+        QCOMPARE(selectionChanged.count(), 3);
+    }
+
+    void failedListingKeepsState()
+    {
+        Volumes volumes;
+        volumes.addIPod("A");
+        const auto detector = volumes.detector();
+        volumes.remove("A");
+        volumes.listable = false;
+        detector->scanVolumes();
+        QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
+        QCOMPARE(detector->selectedDevice()->name, "A");
+        QVERIFY(!detector->isScanning());
+    }
+
+    void customLocations()
+    {
+        Volumes volumes;
+        volumes.addIPod("A");
+        QTemporaryDir elsewhere;
+        const QString backup = elsewhere.filePath("Backup");
+        QDir().mkpath(backup + "/iPod_Control/iTunes");
+        QFile(backup + "/iPod_Control/iTunes/iTunesDB").open(QIODevice::WriteOnly);
+        const auto detector = volumes.detector();
+
+        const std::optional<IPodDevice> first = detector->addCustomLocation(QUrl::fromLocalFile(backup));
+        QVERIFY(first);
+        QCOMPARE(namesOf(detector->detectedDevices()), (QStringList{"A", "Backup"}));
+        QCOMPARE(detector->selectedDevice(), first);
+
+        const std::optional<IPodDevice> second = detector->addCustomLocation(QUrl::fromLocalFile(backup));
+        QCOMPARE(detector->detectedDevices().size(), 2); // listed once
+        QCOMPARE(detector->detectedDevices().last(), *first);
+        QCOMPARE(detector->selectedDevice(), second); // but the latest inspection is selected
+
+        QSignalSpy anyChange(detector.get(), &IPodDetector::detectedDevicesChanged);
+        QCOMPARE(detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path())), std::nullopt);
+        QCOMPARE(detector->selectedDevice(), second);
+        QCOMPARE(anyChange.count(), 0);
+
+        volumes.watcher->mountHappened(); // a scan forgets the picked folder, and its selection
+        QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
+        QCOMPARE(detector->selectedDevice()->name, "A");
+    }
+
+    void rockboxPlayer_data()
+    {
+        QTest::addColumn<QByteArray>("info");   // .rockbox/rockbox-info.txt, none when empty
+        QTest::addColumn<QByteArray>("config"); // .rockbox/config.cfg, none when empty
+        QTest::addColumn<RockboxPlayer>("expected");
+        using Source = RockboxPlayer::LimitSource;
+        QTest::addRow("no .rockbox") << QByteArray() << QByteArray() << RockboxPlayer{};
+        QTest::addRow("video") << QByteArray("Version: 4.0\nTarget: ipodvideo\n") << QByteArray()
+                               << RockboxPlayer{"ipodvideo", 2000, Source::targetDefault};
+        QTest::addRow("classic") << QByteArray("Target: ipod6g") << QByteArray() << RockboxPlayer{"ipod6g", 10000, Source::targetDefault};
+        QTest::addRow("nano 2G") << QByteArray("target:IPODNANO2G\n") << QByteArray()
+                                 << RockboxPlayer{"ipodnano2g", 10000, Source::targetDefault};
+        QTest::addRow("unknown target") << QByteArray("Target: sansae200\n") << QByteArray()
+                                        << RockboxPlayer{"sansae200", 2000, Source::assumed};
+        QTest::addRow("the user's setting") << QByteArray("Target: ipodvideo\n")
+                                            << QByteArray("volume: -25\nmax files in playlist: 5000\n")
+                                            << RockboxPlayer{"ipodvideo", 5000, Source::userSetting};
+        QTest::addRow("a setting out of range") << QByteArray() << QByteArray("max files in playlist: 500\n") << RockboxPlayer{};
+    }
+
+    void rockboxPlayer()
+    {
+        QFETCH(QByteArray, info);
+        QFETCH(QByteArray, config);
+        QFETCH(RockboxPlayer, expected);
+        QTemporaryDir dir;
+        if (!info.isEmpty())
+            writeFile(dir.filePath(".rockbox/rockbox-info.txt"), info);
+        if (!config.isEmpty())
+            writeFile(dir.filePath(".rockbox/config.cfg"), config);
+        QCOMPARE(readRockboxPlayer(dir.path()), expected);
+    }
 };
-
-void TestIPodDetector::inspectsLocations_data()
-{
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QString>("database"); // empty: not an iPod
-    QTest::addRow("iTunesDB") << QStringList{"iTunesDB"} << "iTunesDB";
-    QTest::addRow("only iTunesSD") << QStringList{"iTunesSD"} << "iTunesSD";
-    QTest::addRow("both prefer iTunesDB") << QStringList{"iTunesSD", "iTunesDB"} << "iTunesDB";
-    QTest::addRow("no database") << QStringList{"iTunesPrefs"} << "";
-}
-
-void TestIPodDetector::inspectsLocations()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QString, database);
-    Volumes volumes;
-    QString root;
-    for (const QString &file : files)
-        root = volumes.addIPod("IPOD", file.toLatin1().constData());
-    const auto detector = volumes.detector();
-    const std::optional<IPodDevice> device = detector->inspectLocation(QUrl::fromLocalFile(root));
-    QCOMPARE(device.has_value(), !database.isEmpty());
-    if (device)
-        QCOMPARE(device->itunesDBURL.toLocalFile(), root + "/iPod_Control/iTunes/" + database);
-}
-
-void TestIPodDetector::describesDevice()
-{
-    Volumes volumes;
-    const QString root = volumes.addIPod("Backup");
-    const auto detector = volumes.detector();
-    const IPodDevice unnamed = *detector->inspectLocation(QUrl::fromLocalFile(root));
-    QCOMPARE(unnamed.name, "Backup"); // no volume name: the folder's own
-    QCOMPARE(unnamed.mountURL, QUrl::fromLocalFile(root));
-    QCOMPARE(unnamed.playlistsURL.toLocalFile(), root + "/Playlists");
-    QCOMPARE(unnamed.totalDiskSpace, std::optional<qint64>(16'000'000'000));
-    QCOMPARE(unnamed.formattedTotalSpace(), std::optional<QString>("16.00 GB"));
-    QCOMPARE(unnamed.formattedFreeSpace(), std::optional<QString>("1.23 GB"));
-
-    volumes.label = "JOHN'S IPOD";
-    const IPodDevice labelled = *detector->inspectLocation(QUrl::fromLocalFile(root));
-    QCOMPARE(labelled.name, "JOHN'S IPOD");
-    QVERIFY(labelled.id != unnamed.id); // every inspection makes a new id
-
-    const IPodDevice unknownSpace{};
-    QCOMPARE(unknownSpace.formattedFreeSpace(), std::nullopt);
-}
-
-void TestIPodDetector::emptyVolumesGiveNoSelection()
-{
-    Volumes volumes;
-    QDir(volumes.dir.path()).mkdir("USB STICK");
-    const auto detector = volumes.detector();
-    QVERIFY(detector->detectedDevices().isEmpty());
-    QCOMPARE(detector->selectedDevice(), std::nullopt);
-}
-
-void TestIPodDetector::selectionFollowsMounts()
-{
-    Volumes volumes;
-    volumes.addIPod("A");
-    const auto detector = volumes.detector();
-    QCOMPARE(detector->selectedDevice()->name, "A");
-    const IPodDevice selectedA = *detector->selectedDevice();
-    QSignalSpy selectionChanged(detector.get(), &IPodDetector::selectedDeviceChanged);
-
-    volumes.addIPod("B");
-    volumes.watcher->mountHappened();
-    QCOMPARE(detector->detectedDevices().size(), 2);
-    QCOMPARE(detector->selectedDevice(), std::optional(selectedA)); // the old value, old id and all
-    QCOMPARE(selectionChanged.count(), 0);                           // not even assigned
-
-    volumes.remove("A");
-    volumes.watcher->mountHappened();
-    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"B"});
-    QCOMPARE(detector->selectedDevice()->name, "B");
-
-    volumes.remove("B");
-    volumes.watcher->mountHappened();
-    QCOMPARE(detector->selectedDevice(), std::nullopt);
-    volumes.watcher->mountHappened(); // none again: assigned, and so announced, again
-    QCOMPARE(selectionChanged.count(), 3);
-}
-
-void TestIPodDetector::failedListingKeepsState()
-{
-    Volumes volumes;
-    volumes.addIPod("A");
-    const auto detector = volumes.detector();
-    volumes.remove("A");
-    volumes.listable = false;
-    detector->scanVolumes();
-    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
-    QCOMPARE(detector->selectedDevice()->name, "A");
-    QVERIFY(!detector->isScanning());
-}
-
-void TestIPodDetector::customLocations()
-{
-    Volumes volumes;
-    volumes.addIPod("A");
-    QTemporaryDir elsewhere;
-    const QString backup = elsewhere.filePath("Backup");
-    QDir().mkpath(backup + "/iPod_Control/iTunes");
-    QFile(backup + "/iPod_Control/iTunes/iTunesDB").open(QIODevice::WriteOnly);
-    const auto detector = volumes.detector();
-
-    const std::optional<IPodDevice> first = detector->addCustomLocation(QUrl::fromLocalFile(backup));
-    QVERIFY(first);
-    QCOMPARE(namesOf(detector->detectedDevices()), (QStringList{"A", "Backup"}));
-    QCOMPARE(detector->selectedDevice(), first);
-
-    const std::optional<IPodDevice> second = detector->addCustomLocation(QUrl::fromLocalFile(backup));
-    QCOMPARE(detector->detectedDevices().size(), 2); // listed once
-    QCOMPARE(detector->detectedDevices().last(), *first);
-    QCOMPARE(detector->selectedDevice(), second); // but the latest inspection is selected
-
-    QSignalSpy anyChange(detector.get(), &IPodDetector::detectedDevicesChanged);
-    QCOMPARE(detector->addCustomLocation(QUrl::fromLocalFile(elsewhere.path())), std::nullopt);
-    QCOMPARE(detector->selectedDevice(), second);
-    QCOMPARE(anyChange.count(), 0);
-
-    volumes.watcher->mountHappened(); // a scan forgets the picked folder, and its selection
-    QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
-    QCOMPARE(detector->selectedDevice()->name, "A");
-}
-
-void TestIPodDetector::rockboxPlayer_data()
-{
-    QTest::addColumn<QByteArray>("info");   // .rockbox/rockbox-info.txt, none when empty
-    QTest::addColumn<QByteArray>("config"); // .rockbox/config.cfg, none when empty
-    QTest::addColumn<RockboxPlayer>("expected");
-    using Source = RockboxPlayer::LimitSource;
-    QTest::addRow("no .rockbox") << QByteArray() << QByteArray() << RockboxPlayer{};
-    QTest::addRow("video") << QByteArray("Version: 4.0\nTarget: ipodvideo\n") << QByteArray()
-                           << RockboxPlayer{"ipodvideo", 2000, Source::targetDefault};
-    QTest::addRow("classic") << QByteArray("Target: ipod6g") << QByteArray() << RockboxPlayer{"ipod6g", 10000, Source::targetDefault};
-    QTest::addRow("nano 2G") << QByteArray("target:IPODNANO2G\n") << QByteArray()
-                             << RockboxPlayer{"ipodnano2g", 10000, Source::targetDefault};
-    QTest::addRow("unknown target") << QByteArray("Target: sansae200\n") << QByteArray()
-                                    << RockboxPlayer{"sansae200", 2000, Source::assumed};
-    QTest::addRow("the user's setting") << QByteArray("Target: ipodvideo\n")
-                                        << QByteArray("volume: -25\nmax files in playlist: 5000\n")
-                                        << RockboxPlayer{"ipodvideo", 5000, Source::userSetting};
-    QTest::addRow("a setting out of range") << QByteArray() << QByteArray("max files in playlist: 500\n") << RockboxPlayer{};
-}
-
-void TestIPodDetector::rockboxPlayer()
-{
-    QFETCH(QByteArray, info);
-    QFETCH(QByteArray, config);
-    QFETCH(RockboxPlayer, expected);
-    QTemporaryDir dir;
-    if (!info.isEmpty())
-        writeFile(dir.filePath(".rockbox/rockbox-info.txt"), info);
-    if (!config.isEmpty())
-        writeFile(dir.filePath(".rockbox/config.cfg"), config);
-    QCOMPARE(readRockboxPlayer(dir.path()), expected);
-}
 
 QTEST_GUILESS_MAIN(TestIPodDetector)
 #include "tst_ipoddetector.moc"

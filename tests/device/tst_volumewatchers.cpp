@@ -28,111 +28,105 @@ class TestVolumeWatchers : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void mountTableLines_data();
-    void mountTableLines();
-    void mountHoldingAPath();
-    void pollingReportsChangedListings();
-    void onlyVisibleVolumesTriggerRescans();
+    void mountTableLines_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("mountPoint");
+        QTest::addColumn<bool>("visible");
+        QTest::addColumn<bool>("withoutUtf8");
+        const auto row = [](const char *name, const char *line, const char *mountPoint, bool visible, bool withoutUtf8) {
+            QTest::newRow(name) << QByteArray(line) << QString::fromUtf8(mountPoint) << visible << withoutUtf8;
+        };
+        row("iPod under /media, utf8", "36 25 8:17 / /media/ann/IPOD rw,nosuid - vfat /dev/sdb1 rw,codepage=437,utf8",
+            "/media/ann/IPOD", true, false);
+        row("without utf8", "36 25 8:17 / /run/media/ann/IPOD rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1",
+            "/run/media/ann/IPOD", true, true);
+        row("iocharset utf8", "36 25 8:17 / /mnt/ipod rw - vfat /dev/sdb1 rw,iocharset=utf8", "/mnt/ipod", true, false);
+        row("escaped space", "36 25 8:17 / /media/ann/My\\040iPod rw - vfat /dev/sdc1 rw,utf8", "/media/ann/My iPod", true, false);
+        row("optional fields", "36 25 8:17 / /media/x rw shared:5 master:1 - exfat /dev/sdd1 rw", "/media/x", true, false);
+        row("FUSE user mount", "40 25 0:50 / /media/ann/EXFAT rw - fuseblk /dev/sde1 rw,user_id=0", "/media/ann/EXFAT", true, false);
+        row("sshfs under /mnt", "41 25 0:51 / /mnt/server rw - fuse.sshfs ann@host: rw", "/mnt/server", true, false);
+        row("desktop portal", "42 25 0:52 / /run/user/1000/doc rw - fuse.portal portal rw", "/run/user/1000/doc", false, false);
+        row("snap", "43 25 7:3 / /snap/core/1 ro - squashfs /dev/loop3 ro", "/snap/core/1", false, false);
+        row("container tmpfs", "44 25 0:53 / /mnt/container rw - tmpfs tmpfs rw", "/mnt/container", false, false);
+        row("proc", "22 27 0:21 / /proc rw - proc proc rw", "/proc", false, false);
+        row("overlay", "45 25 0:54 / /var/lib/docker/x rw - overlay overlay rw", "/var/lib/docker/x", false, false);
+        row("the system's disk", "27 1 254:0 / / rw - ext4 /dev/vda rw", "/", false, false);
+        row("a removable drive anywhere", "46 25 8:33 / /home/ann/stick rw - vfat /dev/removable1 rw", "/home/ann/stick",
+            true, true);
+    }
+
+    void mountTableLines()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, mountPoint);
+        QFETCH(bool, visible);
+        QFETCH(bool, withoutUtf8);
+        const QList<MountEntry> table = parseMountInfo("garbage\n" + line + "\n");
+        QCOMPARE(table.size(), 1);
+        QCOMPARE(table.first().mountPoint, mountPoint);
+        const auto removable = [](const QString &device) { return device.startsWith("/dev/removable"); };
+        QCOMPARE(isUserVisibleVolume(table.first(), removable), visible);
+        QCOMPARE(storesNamesWithoutUtf8(table.first()), withoutUtf8);
+    }
+
+    void mountHoldingAPath()
+    {
+        QTemporaryDir dir;
+        QDir().mkpath(dir.filePath("ipod/Playlists"));
+        const QString ipod = QFileInfo(dir.filePath("ipod")).canonicalFilePath();
+        const QList<MountEntry> table = parseMountInfo("1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                                                       "2 1 8:17 / " + ipod.toUtf8() + " rw - vfat /dev/sdb1 rw\n"
+                                                       "3 1 8:18 / " + ipod.toUtf8() + "x rw - vfat /dev/sdb2 rw\n");
+        QCOMPARE(mountHolding(dir.filePath("ipod/Playlists/not yet made"), table)->source, "/dev/sdb1");
+        QCOMPARE(mountHolding(dir.path(), table)->source, "/dev/sda1");
+    }
+
+    void pollingReportsChangedListings()
+    {
+        QStringList listing{"/"};
+        PollingVolumeWatcher watcher([&listing] { return listing; }, 10);
+        QSignalSpy changed(&watcher, &VolumeWatcher::volumesChanged);
+        QTest::qWait(50);
+        QCOMPARE(changed.count(), 0);
+        listing.append("/media/IPOD");
+        QTRY_COMPARE(changed.count(), 1);
+    }
+
+    void onlyVisibleVolumesTriggerRescans()
+    {
+    #ifndef Q_OS_LINUX
+        QSKIP("the mount table watcher is Linux's");
+    #else
+        QTemporaryDir tmp;
+        const QString volumes = tmp.filePath("volumes");
+        const QString ipod = volumes + "/IPOD";
+        const QString unrelated = tmp.filePath("unrelated");
+        QDir().mkpath(ipod);
+        QDir().mkpath(unrelated);
+        // The volumes a person sees are, here, whatever is mounted below `volumes`.
+        auto watcher = std::make_unique<MountTableWatcher>(
+            [&volumes](const MountEntry &mount) { return mount.mountPoint.startsWith(volumes); });
+        QVERIFY(watcher->isWatching());
+        QSignalSpy changed(watcher.get(), &VolumeWatcher::volumesChanged);
+        IPodDetector detector(IPodDetector::Services{entriesOfFolder(volumes), [](const QString &) { return VolumeInfo{}; },
+                                                     std::move(watcher)});
+
+        if (!run("mount", {"-t", "tmpfs", "tmpfs", unrelated}))
+            QSKIP("mounting needs root and a system that allows it; this one refused");
+        const auto unmount = qScopeGuard([&] { run("umount", {ipod}); run("umount", {unrelated}); });
+        QTest::qWait(600);
+        QCOMPARE(changed.count(), 0); // the window stays as it was
+
+        QVERIFY(run("mount", {"-t", "tmpfs", "tmpfs", ipod}));
+        writeFile(ipod + "/iPod_Control/iTunes/iTunesDB", "db");
+        QTRY_COMPARE_WITH_TIMEOUT(changed.count(), 1, 3000);
+        QTRY_COMPARE(detector.detectedDevices().size(), 1);
+        QVERIFY(run("umount", {ipod}));
+        QTRY_COMPARE_WITH_TIMEOUT(detector.detectedDevices().size(), 0, 3000);
+    #endif
+    }
 };
-
-void TestVolumeWatchers::mountTableLines_data()
-{
-    QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<QString>("mountPoint");
-    QTest::addColumn<bool>("visible");
-    QTest::addColumn<bool>("withoutUtf8");
-    const auto row = [](const char *name, const char *line, const char *mountPoint, bool visible, bool withoutUtf8) {
-        QTest::newRow(name) << QByteArray(line) << QString::fromUtf8(mountPoint) << visible << withoutUtf8;
-    };
-    row("iPod under /media, utf8", "36 25 8:17 / /media/ann/IPOD rw,nosuid - vfat /dev/sdb1 rw,codepage=437,utf8",
-        "/media/ann/IPOD", true, false);
-    row("without utf8", "36 25 8:17 / /run/media/ann/IPOD rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1",
-        "/run/media/ann/IPOD", true, true);
-    row("iocharset utf8", "36 25 8:17 / /mnt/ipod rw - vfat /dev/sdb1 rw,iocharset=utf8", "/mnt/ipod", true, false);
-    row("escaped space", "36 25 8:17 / /media/ann/My\\040iPod rw - vfat /dev/sdc1 rw,utf8", "/media/ann/My iPod", true, false);
-    row("optional fields", "36 25 8:17 / /media/x rw shared:5 master:1 - exfat /dev/sdd1 rw", "/media/x", true, false);
-    row("FUSE user mount", "40 25 0:50 / /media/ann/EXFAT rw - fuseblk /dev/sde1 rw,user_id=0", "/media/ann/EXFAT", true, false);
-    row("sshfs under /mnt", "41 25 0:51 / /mnt/server rw - fuse.sshfs ann@host: rw", "/mnt/server", true, false);
-    row("desktop portal", "42 25 0:52 / /run/user/1000/doc rw - fuse.portal portal rw", "/run/user/1000/doc", false, false);
-    row("snap", "43 25 7:3 / /snap/core/1 ro - squashfs /dev/loop3 ro", "/snap/core/1", false, false);
-    row("container tmpfs", "44 25 0:53 / /mnt/container rw - tmpfs tmpfs rw", "/mnt/container", false, false);
-    row("proc", "22 27 0:21 / /proc rw - proc proc rw", "/proc", false, false);
-    row("overlay", "45 25 0:54 / /var/lib/docker/x rw - overlay overlay rw", "/var/lib/docker/x", false, false);
-    row("the system's disk", "27 1 254:0 / / rw - ext4 /dev/vda rw", "/", false, false);
-    row("a removable drive anywhere", "46 25 8:33 / /home/ann/stick rw - vfat /dev/removable1 rw", "/home/ann/stick",
-        true, true);
-}
-
-void TestVolumeWatchers::mountTableLines()
-{
-    QFETCH(QByteArray, line);
-    QFETCH(QString, mountPoint);
-    QFETCH(bool, visible);
-    QFETCH(bool, withoutUtf8);
-    const QList<MountEntry> table = parseMountInfo("garbage\n" + line + "\n");
-    QCOMPARE(table.size(), 1);
-    QCOMPARE(table.first().mountPoint, mountPoint);
-    const auto removable = [](const QString &device) { return device.startsWith("/dev/removable"); };
-    QCOMPARE(isUserVisibleVolume(table.first(), removable), visible);
-    QCOMPARE(storesNamesWithoutUtf8(table.first()), withoutUtf8);
-}
-
-void TestVolumeWatchers::mountHoldingAPath()
-{
-    QTemporaryDir dir;
-    QDir().mkpath(dir.filePath("ipod/Playlists"));
-    const QString ipod = QFileInfo(dir.filePath("ipod")).canonicalFilePath();
-    const QList<MountEntry> table = parseMountInfo("1 0 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                                                   "2 1 8:17 / " + ipod.toUtf8() + " rw - vfat /dev/sdb1 rw\n"
-                                                   "3 1 8:18 / " + ipod.toUtf8() + "x rw - vfat /dev/sdb2 rw\n");
-    QCOMPARE(mountHolding(dir.filePath("ipod/Playlists/not yet made"), table)->source, "/dev/sdb1");
-    QCOMPARE(mountHolding(dir.path(), table)->source, "/dev/sda1");
-}
-
-void TestVolumeWatchers::pollingReportsChangedListings()
-{
-    QStringList listing{"/"};
-    PollingVolumeWatcher watcher([&listing] { return listing; }, 10);
-    QSignalSpy changed(&watcher, &VolumeWatcher::volumesChanged);
-    QTest::qWait(50);
-    QCOMPARE(changed.count(), 0);
-    listing.append("/media/IPOD");
-    QTRY_COMPARE(changed.count(), 1);
-}
-
-void TestVolumeWatchers::onlyVisibleVolumesTriggerRescans()
-{
-#ifndef Q_OS_LINUX
-    QSKIP("the mount table watcher is Linux's");
-#else
-    QTemporaryDir tmp;
-    const QString volumes = tmp.filePath("volumes");
-    const QString ipod = volumes + "/IPOD";
-    const QString unrelated = tmp.filePath("unrelated");
-    QDir().mkpath(ipod);
-    QDir().mkpath(unrelated);
-    // The volumes a person sees are, here, whatever is mounted below `volumes`.
-    auto watcher = std::make_unique<MountTableWatcher>(
-        [&volumes](const MountEntry &mount) { return mount.mountPoint.startsWith(volumes); });
-    QVERIFY(watcher->isWatching());
-    QSignalSpy changed(watcher.get(), &VolumeWatcher::volumesChanged);
-    IPodDetector detector(IPodDetector::Services{entriesOfFolder(volumes), [](const QString &) { return VolumeInfo{}; },
-                                                 std::move(watcher)});
-
-    if (!run("mount", {"-t", "tmpfs", "tmpfs", unrelated}))
-        QSKIP("mounting needs root and a system that allows it; this one refused");
-    const auto unmount = qScopeGuard([&] { run("umount", {ipod}); run("umount", {unrelated}); });
-    QTest::qWait(600);
-    QCOMPARE(changed.count(), 0); // the window stays as it was
-
-    QVERIFY(run("mount", {"-t", "tmpfs", "tmpfs", ipod}));
-    writeFile(ipod + "/iPod_Control/iTunes/iTunesDB", "db");
-    QTRY_COMPARE_WITH_TIMEOUT(changed.count(), 1, 3000);
-    QTRY_COMPARE(detector.detectedDevices().size(), 1);
-    QVERIFY(run("umount", {ipod}));
-    QTRY_COMPARE_WITH_TIMEOUT(detector.detectedDevices().size(), 0, 3000);
-#endif
-}
 
 QTEST_GUILESS_MAIN(TestVolumeWatchers)
 #include "tst_volumewatchers.moc"

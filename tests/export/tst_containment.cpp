@@ -23,90 +23,85 @@ class TestContainment : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void linkedPlaylistFileIsReplacedNotWrittenThrough();
-    void linkedSubFolderIsRefused();
-    void randomNamesStayInside_data();
-    void randomNamesStayInside();
-};
+    void linkedPlaylistFileIsReplacedNotWrittenThrough()
+    {
+    #ifdef Q_OS_WIN
+        QSKIP("symbolic links need extra rights on Windows");
+    #endif
+        QTemporaryDir outside;
+        const QString victim = outside.filePath("victim.txt");
+        writeFile(victim, "not ours");
+        QTemporaryDir device;
+        const QString folder = device.filePath("Playlists");
+        QDir().mkpath(folder);
+        QVERIFY(QFile::link(victim, folder + "/Rock.m3u8"));
 
-void TestContainment::linkedPlaylistFileIsReplacedNotWrittenThrough()
-{
-#ifdef Q_OS_WIN
-    QSKIP("symbolic links need extra rights on Windows");
-#endif
-    QTemporaryDir outside;
-    const QString victim = outside.filePath("victim.txt");
-    writeFile(victim, "not ours");
-    QTemporaryDir device;
-    const QString folder = device.filePath("Playlists");
-    QDir().mkpath(folder);
-    QVERIFY(QFile::link(victim, folder + "/Rock.m3u8"));
+        const ExportItemResult result =
+            RockboxGenerator().exportPlaylist(playlistNamed("Rock"), QUrl::fromLocalFile(folder), {});
+        QVERIFY(result.isSuccess);
+        QCOMPARE(readFile(victim), QByteArray("not ours"));
+        QVERIFY(!QFileInfo(folder + "/Rock.m3u8").isSymLink());
+        QVERIFY(readFile(folder + "/Rock.m3u8").startsWith("#EXTM3U\n"));
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Rock.m3u8"});
+    }
 
-    const ExportItemResult result =
-        RockboxGenerator().exportPlaylist(playlistNamed("Rock"), QUrl::fromLocalFile(folder), {});
-    QVERIFY(result.isSuccess);
-    QCOMPARE(readFile(victim), QByteArray("not ours"));
-    QVERIFY(!QFileInfo(folder + "/Rock.m3u8").isSymLink());
-    QVERIFY(readFile(folder + "/Rock.m3u8").startsWith("#EXTM3U\n"));
-    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"Rock.m3u8"});
-}
+    void linkedSubFolderIsRefused()
+    {
+    #ifdef Q_OS_WIN
+        QSKIP("symbolic links need extra rights on Windows");
+    #endif
+        QTemporaryDir outside;
+        QTemporaryDir device;
+        const QString folder = device.filePath("Playlists");
+        QDir().mkpath(folder);
+        QVERIFY(QFile::link(outside.path(), folder + "/elsewhere"));
+        const ExportItemResult result = RockboxGenerator().exportPlaylist(
+            playlistNamed("elsewhere/escape"), QUrl::fromLocalFile(folder), ConversionOptions{.sanitizeFilenames = false});
+        QVERIFY(!result.isSuccess);
+        QVERIFY(QDir(outside.path()).isEmpty());
+    }
 
-void TestContainment::linkedSubFolderIsRefused()
-{
-#ifdef Q_OS_WIN
-    QSKIP("symbolic links need extra rights on Windows");
-#endif
-    QTemporaryDir outside;
-    QTemporaryDir device;
-    const QString folder = device.filePath("Playlists");
-    QDir().mkpath(folder);
-    QVERIFY(QFile::link(outside.path(), folder + "/elsewhere"));
-    const ExportItemResult result = RockboxGenerator().exportPlaylist(
-        playlistNamed("elsewhere/escape"), QUrl::fromLocalFile(folder), ConversionOptions{.sanitizeFilenames = false});
-    QVERIFY(!result.isSuccess);
-    QVERIFY(QDir(outside.path()).isEmpty());
-}
+    void randomNamesStayInside_data()
+    {
+        QTest::addColumn<bool>("sanitize");
+        QTest::addRow("sanitising") << true;
+        QTest::addRow("names as they are") << false;
+    }
 
-void TestContainment::randomNamesStayInside_data()
-{
-    QTest::addColumn<bool>("sanitize");
-    QTest::addRow("sanitising") << true;
-    QTest::addRow("names as they are") << false;
-}
+    void randomNamesStayInside()
+    {
+        QFETCH(bool, sanitize);
+        QTemporaryDir root;
+        const QString folder = root.filePath("device/Playlists");
+        writeFile(root.filePath("device/iPod_Control/Music/F00/A.mp3"), "music");
+        writeFile(root.filePath("beside.txt"), "neighbour");
+        QDir().mkpath(folder + "/sub");
+        const QMap<QString, QByteArray> before = snapshotTree(root.path());
 
-void TestContainment::randomNamesStayInside()
-{
-    QFETCH(bool, sanitize);
-    QTemporaryDir root;
-    const QString folder = root.filePath("device/Playlists");
-    writeFile(root.filePath("device/iPod_Control/Music/F00/A.mp3"), "music");
-    writeFile(root.filePath("beside.txt"), "neighbour");
-    QDir().mkpath(folder + "/sub");
-    const QMap<QString, QByteArray> before = snapshotTree(root.path());
-
-    const QStringList pieces{"..", ".", "/", "\\", "sub", ":", "*", "?", " ", "Rock", "é", "C:", "~", "\n", ""};
-    QRandomGenerator random(42);
-    const RockboxGenerator generator{DotFileCleaner(QString())};
-    for (int i = 0; i < 400; ++i) {
-        QString name;
-        for (int p = random.bounded(1, 6); p > 0; --p)
-            name += pieces.at(random.bounded(int(pieces.size())));
-        const ConversionOptions options{.useM3U8Extension = random.bounded(2) == 0, .sanitizeFilenames = sanitize};
-        const ExportItemResult result = generator.exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(folder), options);
-        if (result.isSuccess) {
-            const QString written = QFileInfo(result.fileURL.toLocalFile()).canonicalFilePath();
-            QVERIFY2(written.startsWith(QFileInfo(folder).canonicalFilePath() + '/'), qPrintable(name));
+        const QStringList pieces{"..", ".", "/", "\\", "sub", ":", "*", "?", " ", "Rock", "é", "C:", "~", "\n", ""};
+        QRandomGenerator random(42);
+        const RockboxGenerator generator{DotFileCleaner(QString())};
+        for (int i = 0; i < 400; ++i) {
+            QString name;
+            for (int p = random.bounded(1, 6); p > 0; --p)
+                name += pieces.at(random.bounded(int(pieces.size())));
+            const ConversionOptions options{.useM3U8Extension = random.bounded(2) == 0, .sanitizeFilenames = sanitize};
+            const ExportItemResult result = generator.exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(folder), options);
+            if (result.isSuccess) {
+                const QString written = QFileInfo(result.fileURL.toLocalFile()).canonicalFilePath();
+                QVERIFY2(written.startsWith(QFileInfo(folder).canonicalFilePath() + '/'), qPrintable(name));
+            }
         }
+        // Outside the playlists folder nothing changed.
+        QMap<QString, QByteArray> after = snapshotTree(root.path());
+        for (auto it = after.begin(); it != after.end();) {
+            it = it.key().startsWith("device/Playlists/") ? after.erase(it) : std::next(it);
+        }
+        QMap<QString, QByteArray> expected = before;
+        expected.remove("device/Playlists/sub");
+        QCOMPARE(after, expected);
     }
-    // Outside the playlists folder nothing changed.
-    QMap<QString, QByteArray> after = snapshotTree(root.path());
-    for (auto it = after.begin(); it != after.end();) {
-        it = it.key().startsWith("device/Playlists/") ? after.erase(it) : std::next(it);
-    }
-    QMap<QString, QByteArray> expected = before;
-    expected.remove("device/Playlists/sub");
-    QCOMPARE(after, expected);
-}
+};
 
 QTEST_GUILESS_MAIN(TestContainment)
 #include "tst_containment.moc"

@@ -42,131 +42,123 @@ class TestDotFileCleaner : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleansDeviceTree();
-    void rootsThatAreLeftAlone_data();
-    void rootsThatAreLeftAlone();
-    void linksAreNeverFollowed();
-    void otherVolumesAreNotEntered();
-    void failedRemovalsAreCounted();
-    void systemCleanerRunsFirstAndIsNotCounted();
+    void cleansDeviceTree()
+    {
+        QTemporaryDir tmp;
+        makeDeviceTree(tmp.path());
+        const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
+        QCOMPARE(DotFileCleaner::find(tmp.path()).size(), 8); // six files and two folders, each folder once
+        QCOMPARE(snapshotTree(tmp.path()), before);
+
+        QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 8}));
+        QMap<QString, QByteArray> expected;
+        for (auto it = before.cbegin(); it != before.cend(); ++it) {
+            const QString name = it.key().section(u'/', -1);
+            const bool junk = it.key().contains("Trashes") || it.key().contains("Spotlight") ||
+                              ((name.startsWith("._") || name == ".DS_Store") && !it.key().contains("Rockbox"));
+            if (!junk)
+                expected.insert(it.key(), it.value());
+        }
+        QCOMPARE(snapshotTree(tmp.path()), expected);
+        QCOMPARE(cleaner.clean(tmp.path()), DotFileCleaner::Report{}); // nothing new: nothing removed
+    }
+
+    void rootsThatAreLeftAlone_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<bool>("outsideIPod");
+        QTest::addRow("missing root") << "ipod/missing" << false;
+        QTest::addRow("root named .rockbox") << "ipod/.rockbox" << false;
+        QTest::addRow("root named .ROCKBOX") << "ipod/Other/.ROCKBOX" << false;
+        QTest::addRow("a home folder") << "home" << true;
+        QTest::addRow("a checkout beside an iPod") << "home/src" << true;
+    }
+
+    void rootsThatAreLeftAlone()
+    {
+        QFETCH(QString, root);
+        QFETCH(bool, outsideIPod);
+        QTemporaryDir tmp;
+        QDir().mkpath(tmp.filePath("ipod/iPod_Control"));
+        for (const char *path : {"ipod/.rockbox/._junk", "ipod/Other/.ROCKBOX/._junk", "home/.ssh/id", "home/.config/x",
+                                 "home/src/.git/HEAD"})
+            writeFile(tmp.filePath(QLatin1StringView(path)), "kept");
+        const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
+        QCOMPARE(cleaner.clean(tmp.filePath(root)), (DotFileCleaner::Report{.skippedOutsideIPod = outsideIPod}));
+        QVERIFY(DotFileCleaner::find(tmp.filePath(root)).isEmpty());
+        QCOMPARE(snapshotTree(tmp.path()), before);
+    }
+
+    void linksAreNeverFollowed()
+    {
+        QTemporaryDir outside;
+        writeFile(outside.filePath("._precious"), "not ours");
+        writeFile(outside.filePath(".rockbox/config.cfg"), "not ours either");
+        const QMap<QString, QByteArray> untouched = snapshotTree(outside.path());
+        QTemporaryDir tmp;
+        const QDir root(tmp.path());
+        QVERIFY(root.mkpath("iPod_Control") && root.mkpath("Playlists"));
+        QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/linked-folder")));
+        QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/.dot-link")));
+        QVERIFY(QFile::link(outside.filePath(".rockbox"), root.filePath(".rockbox")));
+        QVERIFY(QFile::link("/nonexistent", root.filePath("._dangling")));
+
+        QCOMPARE(cleaner.clean(tmp.path()).removed, 2); // the two dot-named links, as links
+        QVERIFY(!QFileInfo(root.filePath("Playlists/.dot-link")).isSymLink());
+        QVERIFY(!QFileInfo(root.filePath("._dangling")).isSymLink());
+        QVERIFY(QFileInfo(root.filePath("Playlists/linked-folder")).isSymLink());
+        QCOMPARE(snapshotTree(outside.path()), untouched);
+    }
+
+    void otherVolumesAreNotEntered()
+    {
+        QTemporaryDir tmp;
+        QDir().mkpath(tmp.filePath("iPod_Control"));
+        for (const char *mountPoint : {"Playlists/mounted", ".mounted"}) {
+            QDir().mkpath(tmp.filePath(QLatin1StringView(mountPoint)));
+            if (!run("mount", {"-t", "tmpfs", "tmpfs", tmp.filePath(QLatin1StringView(mountPoint))}))
+                QSKIP("needs the right to mount a tmpfs (root on Linux); this machine refused");
+            writeFile(tmp.filePath(QLatin1StringView(mountPoint)) + "/._theirs", "another volume's");
+        }
+        const auto unmount = qScopeGuard([&] {
+            run("umount", {tmp.filePath("Playlists/mounted")});
+            run("umount", {tmp.filePath(".mounted")});
+        });
+        writeFile(tmp.filePath("Playlists/._ours"), "junk");
+        QCOMPARE(cleaner.clean(tmp.path()).removed, 1);
+        QVERIFY(QFileInfo::exists(tmp.filePath("Playlists/mounted/._theirs")));
+        QVERIFY(QFileInfo::exists(tmp.filePath(".mounted/._theirs")));
+    }
+
+    void failedRemovalsAreCounted()
+    {
+        QTemporaryDir tmp;
+        QDir().mkpath(tmp.filePath("iPod_Control"));
+        writeFile(tmp.filePath("Locked/._a"), "junk");
+        writeFile(tmp.filePath("Locked/._b"), "junk");
+        writeFile(tmp.filePath("._c"), "junk");
+        // A read-only bind mount keeps the volume's device number, so the walk enters it and fails there.
+        if (!run("mount", {"--bind", tmp.filePath("Locked"), tmp.filePath("Locked")}))
+            QSKIP("needs the right to bind-mount (root on Linux); this machine refused");
+        const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath("Locked")}); });
+        QVERIFY(run("mount", {"-o", "remount,ro,bind", tmp.filePath("Locked")}));
+        QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 1, .failed = 2}));
+    }
+
+    void systemCleanerRunsFirstAndIsNotCounted()
+    {
+        QTemporaryDir tools;
+        const QString log = tools.filePath("arguments");
+        const QString script = tools.filePath("dot_clean");
+        // A stand-in for the system cleaner: records its arguments and removes the "._" files itself.
+        writeFile(script, QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\nfind \"$2\" -name '._*' -delete\n").arg(log).toUtf8());
+        QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QTemporaryDir tmp;
+        makeDeviceTree(tmp.path());
+        QCOMPARE(DotFileCleaner(script).clean(tmp.path()).removed, 5); // the three "._" went with the system's
+        QCOMPARE(readFile(log), (QStringLiteral("-m\n") + tmp.path() + u'\n').toUtf8());
+    }
 };
-
-void TestDotFileCleaner::cleansDeviceTree()
-{
-    QTemporaryDir tmp;
-    makeDeviceTree(tmp.path());
-    const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
-    QCOMPARE(DotFileCleaner::find(tmp.path()).size(), 8); // six files and two folders, each folder once
-    QCOMPARE(snapshotTree(tmp.path()), before);
-
-    QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 8}));
-    QMap<QString, QByteArray> expected;
-    for (auto it = before.cbegin(); it != before.cend(); ++it) {
-        const QString name = it.key().section(u'/', -1);
-        const bool junk = it.key().contains("Trashes") || it.key().contains("Spotlight") ||
-                          ((name.startsWith("._") || name == ".DS_Store") && !it.key().contains("Rockbox"));
-        if (!junk)
-            expected.insert(it.key(), it.value());
-    }
-    QCOMPARE(snapshotTree(tmp.path()), expected);
-    QCOMPARE(cleaner.clean(tmp.path()), DotFileCleaner::Report{}); // nothing new: nothing removed
-}
-
-void TestDotFileCleaner::rootsThatAreLeftAlone_data()
-{
-    QTest::addColumn<QString>("root");
-    QTest::addColumn<bool>("outsideIPod");
-    QTest::addRow("missing root") << "ipod/missing" << false;
-    QTest::addRow("root named .rockbox") << "ipod/.rockbox" << false;
-    QTest::addRow("root named .ROCKBOX") << "ipod/Other/.ROCKBOX" << false;
-    QTest::addRow("a home folder") << "home" << true;
-    QTest::addRow("a checkout beside an iPod") << "home/src" << true;
-}
-
-void TestDotFileCleaner::rootsThatAreLeftAlone()
-{
-    QFETCH(QString, root);
-    QFETCH(bool, outsideIPod);
-    QTemporaryDir tmp;
-    QDir().mkpath(tmp.filePath("ipod/iPod_Control"));
-    for (const char *path : {"ipod/.rockbox/._junk", "ipod/Other/.ROCKBOX/._junk", "home/.ssh/id", "home/.config/x",
-                             "home/src/.git/HEAD"})
-        writeFile(tmp.filePath(QLatin1StringView(path)), "kept");
-    const QMap<QString, QByteArray> before = snapshotTree(tmp.path());
-    QCOMPARE(cleaner.clean(tmp.filePath(root)), (DotFileCleaner::Report{.skippedOutsideIPod = outsideIPod}));
-    QVERIFY(DotFileCleaner::find(tmp.filePath(root)).isEmpty());
-    QCOMPARE(snapshotTree(tmp.path()), before);
-}
-
-void TestDotFileCleaner::linksAreNeverFollowed()
-{
-    QTemporaryDir outside;
-    writeFile(outside.filePath("._precious"), "not ours");
-    writeFile(outside.filePath(".rockbox/config.cfg"), "not ours either");
-    const QMap<QString, QByteArray> untouched = snapshotTree(outside.path());
-    QTemporaryDir tmp;
-    const QDir root(tmp.path());
-    QVERIFY(root.mkpath("iPod_Control") && root.mkpath("Playlists"));
-    QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/linked-folder")));
-    QVERIFY(QFile::link(outside.path(), root.filePath("Playlists/.dot-link")));
-    QVERIFY(QFile::link(outside.filePath(".rockbox"), root.filePath(".rockbox")));
-    QVERIFY(QFile::link("/nonexistent", root.filePath("._dangling")));
-
-    QCOMPARE(cleaner.clean(tmp.path()).removed, 2); // the two dot-named links, as links
-    QVERIFY(!QFileInfo(root.filePath("Playlists/.dot-link")).isSymLink());
-    QVERIFY(!QFileInfo(root.filePath("._dangling")).isSymLink());
-    QVERIFY(QFileInfo(root.filePath("Playlists/linked-folder")).isSymLink());
-    QCOMPARE(snapshotTree(outside.path()), untouched);
-}
-
-void TestDotFileCleaner::otherVolumesAreNotEntered()
-{
-    QTemporaryDir tmp;
-    QDir().mkpath(tmp.filePath("iPod_Control"));
-    for (const char *mountPoint : {"Playlists/mounted", ".mounted"}) {
-        QDir().mkpath(tmp.filePath(QLatin1StringView(mountPoint)));
-        if (!run("mount", {"-t", "tmpfs", "tmpfs", tmp.filePath(QLatin1StringView(mountPoint))}))
-            QSKIP("needs the right to mount a tmpfs (root on Linux); this machine refused");
-        writeFile(tmp.filePath(QLatin1StringView(mountPoint)) + "/._theirs", "another volume's");
-    }
-    const auto unmount = qScopeGuard([&] {
-        run("umount", {tmp.filePath("Playlists/mounted")});
-        run("umount", {tmp.filePath(".mounted")});
-    });
-    writeFile(tmp.filePath("Playlists/._ours"), "junk");
-    QCOMPARE(cleaner.clean(tmp.path()).removed, 1);
-    QVERIFY(QFileInfo::exists(tmp.filePath("Playlists/mounted/._theirs")));
-    QVERIFY(QFileInfo::exists(tmp.filePath(".mounted/._theirs")));
-}
-
-void TestDotFileCleaner::failedRemovalsAreCounted()
-{
-    QTemporaryDir tmp;
-    QDir().mkpath(tmp.filePath("iPod_Control"));
-    writeFile(tmp.filePath("Locked/._a"), "junk");
-    writeFile(tmp.filePath("Locked/._b"), "junk");
-    writeFile(tmp.filePath("._c"), "junk");
-    // A read-only bind mount keeps the volume's device number, so the walk enters it and fails there.
-    if (!run("mount", {"--bind", tmp.filePath("Locked"), tmp.filePath("Locked")}))
-        QSKIP("needs the right to bind-mount (root on Linux); this machine refused");
-    const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath("Locked")}); });
-    QVERIFY(run("mount", {"-o", "remount,ro,bind", tmp.filePath("Locked")}));
-    QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 1, .failed = 2}));
-}
-
-void TestDotFileCleaner::systemCleanerRunsFirstAndIsNotCounted()
-{
-    QTemporaryDir tools;
-    const QString log = tools.filePath("arguments");
-    const QString script = tools.filePath("dot_clean");
-    // A stand-in for the system cleaner: records its arguments and removes the "._" files itself.
-    writeFile(script, QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\nfind \"$2\" -name '._*' -delete\n").arg(log).toUtf8());
-    QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    QTemporaryDir tmp;
-    makeDeviceTree(tmp.path());
-    QCOMPARE(DotFileCleaner(script).clean(tmp.path()).removed, 5); // the three "._" went with the system's
-    QCOMPARE(readFile(log), (QStringLiteral("-m\n") + tmp.path() + u'\n').toUtf8());
-}
 
 QTEST_GUILESS_MAIN(TestDotFileCleaner)
 #include "tst_dotfilecleaner.moc"

@@ -24,102 +24,95 @@ class TestM3UContent : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void wholeFile_data();
-    void wholeFile();
-    void infoLine_data();
-    void infoLine();
-    void pathLine_data();
-    void pathLine();
+    void wholeFile_data()
+    {
+        QTest::addColumn<QList<Track>>("tracks");
+        QTest::addColumn<bool>("extended");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("extended") << QList<Track>{queen, eagles} << true
+                                  << "#EXTM3U\n#EXTINF:354,Queen - Bohemian Rhapsody\n/iPod_Control/Music/F02/ABCD.mp3\n"
+                                     "#EXTINF:391,Eagles - Hotel California\n/iPod_Control/Music/F15/WXYZ.m4a\n";
+        QTest::addRow("plain") << QList<Track>{queen, eagles} << false
+                               << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F15/WXYZ.m4a\n";
+        QTest::addRow("repeated track written twice") << QList<Track>{queen, queen} << false
+                                                      << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F02/ABCD.mp3\n";
+        QTest::addRow("no tracks, extended") << QList<Track>{} << true << "#EXTM3U\n";
+        QTest::addRow("no tracks, plain") << QList<Track>{} << false << "\n";
+    }
+
+    void wholeFile()
+    {
+        QFETCH(QList<Track>, tracks);
+        QFETCH(bool, extended);
+        QFETCH(QString, expected);
+        const Playlist playlist{.name = QStringLiteral("Classic Rock"), .tracks = tracks};
+        const ConversionOptions options{.extendedM3U = extended};
+        QCOMPARE(RockboxGenerator().generateM3UContent(playlist, options), expected);
+    }
+
+    void infoLine_data()
+    {
+        QTest::addColumn<Track>("track");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("artist trimmed") << song(QStringLiteral("T"), QStringLiteral(" Queen "), 1000, {})
+                                        << "#EXTINF:1,Queen - T";
+        QTest::addRow("empty artist") << song(QStringLiteral("T"), {}, 1000, {}) << "#EXTINF:1,T";
+        QTest::addRow("blank artist") << song(QStringLiteral("T"), QStringLiteral(" \n"), 1000, {}) << "#EXTINF:1,T";
+        QTest::addRow("Unknown Artist") << song(QStringLiteral("T"), QStringLiteral("Unknown Artist"), 1000, {})
+                                        << "#EXTINF:1,T";
+        QTest::addRow("unknown artist in other case is an artist")
+            << song(QStringLiteral("T"), QStringLiteral("unknown artist"), 1000, {}) << "#EXTINF:1,unknown artist - T";
+        QTest::addRow("seconds truncated") << song(QStringLiteral("T"), {}, 354999, {}) << "#EXTINF:354,T";
+        QTest::addRow("under a second") << song(QStringLiteral("T"), {}, 999, {}) << "#EXTINF:0,T";
+        QTest::addRow("commas and dashes kept") << song(QStringLiteral("A, B - C"), QStringLiteral("X - Y"), 0, {})
+                                                << "#EXTINF:0,X - Y - A, B - C";
+        QTest::addRow("display title from path") << song(QStringLiteral(" "), {}, 0, QStringLiteral(":a:b.mp3"))
+                                                 << "#EXTINF:0,:a:b.mp3";
+    }
+
+    void infoLine()
+    {
+        QFETCH(Track, track);
+        QFETCH(QString, expected);
+        const Playlist playlist{.tracks = {track}};
+        const QStringList lines = RockboxGenerator().generateM3UContent(playlist, {}).split(u'\n');
+        QCOMPARE(lines.value(1), expected);
+    }
+
+    void pathLine_data()
+    {
+        QTest::addColumn<QString>("prefix");
+        QTest::addColumn<QString>("ipodPath");
+        QTest::addColumn<QString>("expected");
+        const QString path = QStringLiteral(":iPod_Control:Music:F02:ABCD.mp3");
+        QTest::addRow("no prefix") << "" << path << "/iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("stored with slashes already") << "" << "/iPod_Control/Music/F02/ABCD.mp3"
+                                                     << "/iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("prefix with trailing slash") << "/Volumes/IPOD/" << path
+                                                    << "/Volumes/IPOD/iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("prefix outside iPod_Control") << "/mnt" << ":Music:X.mp3" << "/mnt/Music/X.mp3";
+        QTest::addRow("prefix of one slash") << "/" << path << "/iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("only one slash dropped") << "/Music//" << path << "/Music//iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("plain text prefix test") << "/p" << ":iPod_ControlX:A.mp3" << "/p/iPod_ControlX/A.mp3";
+        QTest::addRow("relative prefix") << "Music" << path << "Music/iPod_Control/Music/F02/ABCD.mp3";
+        QTest::addRow("blank prefix counts") << " " << ":a:b" << " /a/b";
+        QTest::addRow("empty path") << "" << "" << "/";
+        QTest::addRow("empty path with prefix") << "/mnt" << "" << "/mnt/";
+        QTest::addRow("trailing slashes stripped outside iPod_Control") << "/mnt" << ":Music:Dir:" << "/mnt/Music/Dir";
+    }
+
+    void pathLine()
+    {
+        QFETCH(QString, prefix);
+        QFETCH(QString, ipodPath);
+        QFETCH(QString, expected);
+        const Track track{.ipodPath = ipodPath};
+        const ConversionOptions options{.extendedM3U = false, .customPathPrefix = prefix};
+        QCOMPARE(RockboxGenerator().generateM3UContent(Playlist{.tracks = {track}}, options), expected + u'\n');
+        if (prefix.isEmpty())
+            QCOMPARE(expected, track.rockboxPath()); // the file carries exactly the device path
+    }
 };
-
-void TestM3UContent::wholeFile_data()
-{
-    QTest::addColumn<QList<Track>>("tracks");
-    QTest::addColumn<bool>("extended");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("extended") << QList<Track>{queen, eagles} << true
-                              << "#EXTM3U\n#EXTINF:354,Queen - Bohemian Rhapsody\n/iPod_Control/Music/F02/ABCD.mp3\n"
-                                 "#EXTINF:391,Eagles - Hotel California\n/iPod_Control/Music/F15/WXYZ.m4a\n";
-    QTest::addRow("plain") << QList<Track>{queen, eagles} << false
-                           << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F15/WXYZ.m4a\n";
-    QTest::addRow("repeated track written twice") << QList<Track>{queen, queen} << false
-                                                  << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F02/ABCD.mp3\n";
-    QTest::addRow("no tracks, extended") << QList<Track>{} << true << "#EXTM3U\n";
-    QTest::addRow("no tracks, plain") << QList<Track>{} << false << "\n";
-}
-
-void TestM3UContent::wholeFile()
-{
-    QFETCH(QList<Track>, tracks);
-    QFETCH(bool, extended);
-    QFETCH(QString, expected);
-    const Playlist playlist{.name = QStringLiteral("Classic Rock"), .tracks = tracks};
-    const ConversionOptions options{.extendedM3U = extended};
-    QCOMPARE(RockboxGenerator().generateM3UContent(playlist, options), expected);
-}
-
-void TestM3UContent::infoLine_data()
-{
-    QTest::addColumn<Track>("track");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("artist trimmed") << song(QStringLiteral("T"), QStringLiteral(" Queen "), 1000, {})
-                                    << "#EXTINF:1,Queen - T";
-    QTest::addRow("empty artist") << song(QStringLiteral("T"), {}, 1000, {}) << "#EXTINF:1,T";
-    QTest::addRow("blank artist") << song(QStringLiteral("T"), QStringLiteral(" \n"), 1000, {}) << "#EXTINF:1,T";
-    QTest::addRow("Unknown Artist") << song(QStringLiteral("T"), QStringLiteral("Unknown Artist"), 1000, {})
-                                    << "#EXTINF:1,T";
-    QTest::addRow("unknown artist in other case is an artist")
-        << song(QStringLiteral("T"), QStringLiteral("unknown artist"), 1000, {}) << "#EXTINF:1,unknown artist - T";
-    QTest::addRow("seconds truncated") << song(QStringLiteral("T"), {}, 354999, {}) << "#EXTINF:354,T";
-    QTest::addRow("under a second") << song(QStringLiteral("T"), {}, 999, {}) << "#EXTINF:0,T";
-    QTest::addRow("commas and dashes kept") << song(QStringLiteral("A, B - C"), QStringLiteral("X - Y"), 0, {})
-                                            << "#EXTINF:0,X - Y - A, B - C";
-    QTest::addRow("display title from path") << song(QStringLiteral(" "), {}, 0, QStringLiteral(":a:b.mp3"))
-                                             << "#EXTINF:0,:a:b.mp3";
-}
-
-void TestM3UContent::infoLine()
-{
-    QFETCH(Track, track);
-    QFETCH(QString, expected);
-    const Playlist playlist{.tracks = {track}};
-    const QStringList lines = RockboxGenerator().generateM3UContent(playlist, {}).split(u'\n');
-    QCOMPARE(lines.value(1), expected);
-}
-
-void TestM3UContent::pathLine_data()
-{
-    QTest::addColumn<QString>("prefix");
-    QTest::addColumn<QString>("ipodPath");
-    QTest::addColumn<QString>("expected");
-    const QString path = QStringLiteral(":iPod_Control:Music:F02:ABCD.mp3");
-    QTest::addRow("no prefix") << "" << path << "/iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("stored with slashes already") << "" << "/iPod_Control/Music/F02/ABCD.mp3"
-                                                 << "/iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("prefix with trailing slash") << "/Volumes/IPOD/" << path
-                                                << "/Volumes/IPOD/iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("prefix outside iPod_Control") << "/mnt" << ":Music:X.mp3" << "/mnt/Music/X.mp3";
-    QTest::addRow("prefix of one slash") << "/" << path << "/iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("only one slash dropped") << "/Music//" << path << "/Music//iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("plain text prefix test") << "/p" << ":iPod_ControlX:A.mp3" << "/p/iPod_ControlX/A.mp3";
-    QTest::addRow("relative prefix") << "Music" << path << "Music/iPod_Control/Music/F02/ABCD.mp3";
-    QTest::addRow("blank prefix counts") << " " << ":a:b" << " /a/b";
-    QTest::addRow("empty path") << "" << "" << "/";
-    QTest::addRow("empty path with prefix") << "/mnt" << "" << "/mnt/";
-    QTest::addRow("trailing slashes stripped outside iPod_Control") << "/mnt" << ":Music:Dir:" << "/mnt/Music/Dir";
-}
-
-void TestM3UContent::pathLine()
-{
-    QFETCH(QString, prefix);
-    QFETCH(QString, ipodPath);
-    QFETCH(QString, expected);
-    const Track track{.ipodPath = ipodPath};
-    const ConversionOptions options{.extendedM3U = false, .customPathPrefix = prefix};
-    QCOMPARE(RockboxGenerator().generateM3UContent(Playlist{.tracks = {track}}, options), expected + u'\n');
-    if (prefix.isEmpty())
-        QCOMPARE(expected, track.rockboxPath()); // the file carries exactly the device path
-}
 
 QTEST_APPLESS_MAIN(TestM3UContent)
 #include "tst_m3ucontent.moc"

@@ -30,111 +30,104 @@ class TestPlayerChecks : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void deviceFilesAreFoundAsThePlayerFindsThem();
-    void warnings_data();
-    void warnings();
-    void splitToLimit();
-    void existingFiles_data();
-    void existingFiles();
+    void deviceFilesAreFoundAsThePlayerFindsThem()
+    {
+        QTemporaryDir dir;
+        for (int folder = 0; folder < 20; ++folder) {
+            for (int file = 0; file < 5; ++file)
+                writeFile(dir.filePath(QString("iPod_Control/Music/F%1/S%2.MP3").arg(folder, 2, 10, QChar(u'0')).arg(file)), "x");
+        }
+        DeviceFileIndex files(dir.path());
+        QVERIFY(files.contains("/iPod_Control/Music/F07/S3.MP3"));
+        QVERIFY(files.contains("/IPOD_CONTROL/music/f07/s3.mp3")); // case-blind, as on FAT
+        QVERIFY(files.contains("iPod_Control/Music"));
+        QVERIFY(!files.contains("/iPod_Control/Music/F07/S9.MP3"));
+        QVERIFY(!files.contains("/iPod_Control/Music/F99/S1.MP3"));
+        QVERIFY(!files.contains("/"));
+        for (int folder = 0; folder < 20; ++folder)
+            QVERIFY(files.contains(QString("/iPod_Control/Music/F%1/S0.MP3").arg(folder, 2, 10, QChar(u'0'))));
+        QCOMPARE(files.foldersRead(), 23); // the root, iPod_Control, Music and the 20 music folders, once each
+    }
+
+    void warnings_data()
+    {
+        QTest::addColumn<Playlist>("playlist");
+        QTest::addColumn<QString>("prefix");
+        QTest::addColumn<QList<PlaylistWarning>>("expected");
+        using Kind = PlaylistWarning::Kind;
+        QStringList three{":iPod_Control:Music:F00:A.mp3", ":iPod_Control:Music:F00:B.mp3", ":iPod_Control:Music:F00:A.mp3"};
+        QTest::addRow("within the limit") << playlistOf("P", three.mid(0, 2)) << "" << QList<PlaylistWarning>{};
+        QTest::addRow("over the limit, repeats counted")
+            << playlistOf("P", three) << "" << QList<PlaylistWarning>{{"P", Kind::overLimit, 3, 2}};
+        QTest::addRow("missing file") << playlistOf("P", {":iPod_Control:Music:F00:Gone.mp3"}) << ""
+                                      << QList<PlaylistWarning>{{"P", Kind::missingFiles, 1, 0}};
+        QTest::addRow("259 bytes plays") << playlistOf("P", {":iPod_Control:Music:F00:" + longName}) << "/x"
+                                         << QList<PlaylistWarning>{{"P", Kind::missingFiles, 1, 0}};
+        QTest::addRow("260 bytes does not") << playlistOf("P", {":iPod_Control:Music:F00:" + longName}) << "/xy"
+                                            << QList<PlaylistWarning>{{"P", Kind::longPaths, 1, 259}, {"P", Kind::missingFiles, 1, 0}};
+        QTest::addRow("the playlist's own path") << playlistOf(QString(250, u'N'), {}) << ""
+                                                 << QList<PlaylistWarning>{{QString(250, u'N'), Kind::longFileName, 1, 259}};
+    }
+
+    void warnings()
+    {
+        QFETCH(Playlist, playlist);
+        QFETCH(QString, prefix);
+        QFETCH(QList<PlaylistWarning>, expected);
+        QTemporaryDir dir;
+        writeFile(dir.filePath("iPod_Control/Music/F00/A.mp3"), "x");
+        writeFile(dir.filePath("iPod_Control/Music/F00/b.MP3"), "x");
+        DeviceFileIndex files(dir.path());
+        const ConversionOptions options{.customPathPrefix = prefix, .sanitizeFilenames = false};
+        QCOMPARE(playlistWarnings(playlist, options, 2, &files), expected);
+    }
+
+    void splitToLimit()
+    {
+        Playlist big = playlistOf("Big", QStringList(5, ":a.mp3"));
+        QCOMPARE(kestrune::splitToLimit(big, 5), QList<Playlist>{big});
+        const QList<Playlist> parts = kestrune::splitToLimit(big, 2);
+        QStringList names;
+        QList<qsizetype> sizes;
+        for (const Playlist &part : parts) {
+            names.append(part.name);
+            sizes.append(part.tracks.size());
+            QCOMPARE(part.trackIds.size(), part.tracks.size());
+        }
+        QCOMPARE(names, (QStringList{"Big (1 of 3)", "Big (2 of 3)", "Big (3 of 3)"}));
+        QCOMPARE(sizes, (QList<qsizetype>{2, 2, 1}));
+    }
+
+    void existingFiles_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<PlaylistFileCheck>("expected");
+        QTest::addRow("absolute, comments skipped")
+            << QByteArray("#EXTM3U\n#EXTINF:1,x\n/iPod_Control/Music/F00/A.mp3\n\n") << PlaylistFileCheck{.entries = 1};
+        QTest::addRow("backslashes, drive letter, case, CRLF")
+            << QByteArray("C:\\iPod_Control\\MUSIC\\f00\\a.MP3\r\n") << PlaylistFileCheck{.entries = 1};
+        QTest::addRow("relative to the playlist's folder")
+            << QByteArray("../iPod_Control/Music/F00/A.mp3\nSide.mp3\n") << PlaylistFileCheck{.entries = 2};
+        QTest::addRow("missing and past the limit")
+            << QByteArray("/a.mp3\n/iPod_Control/Music/F00/A.mp3\n/iPod_Control/Music/F00/A.mp3\n")
+            << PlaylistFileCheck{.entries = 3, .unresolved = 1, .pastLimit = 1};
+        QTest::addRow("too long") << ("/" + QByteArray(259, 'x') + "\n") << PlaylistFileCheck{.entries = 1, .tooLong = 1};
+        QTest::addRow("latin-1 .m3u") << QByteArray("/Caf\xe9.mp3\n") << PlaylistFileCheck{.entries = 1};
+    }
+
+    void existingFiles()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(PlaylistFileCheck, expected);
+        QTemporaryDir dir;
+        writeFile(dir.filePath("iPod_Control/Music/F00/A.mp3"), "x");
+        writeFile(dir.filePath("Caf\u00e9.mp3"), "x");
+        writeFile(dir.filePath("Playlists/Side.mp3"), "x");
+        writeFile(dir.filePath("Playlists/Rock.m3u"), text);
+        DeviceFileIndex files(dir.path());
+        QCOMPARE(checkPlaylistFile(files, dir.path(), "Playlists/Rock.m3u", 2), expected);
+    }
 };
-
-void TestPlayerChecks::deviceFilesAreFoundAsThePlayerFindsThem()
-{
-    QTemporaryDir dir;
-    for (int folder = 0; folder < 20; ++folder) {
-        for (int file = 0; file < 5; ++file)
-            writeFile(dir.filePath(QString("iPod_Control/Music/F%1/S%2.MP3").arg(folder, 2, 10, QChar(u'0')).arg(file)), "x");
-    }
-    DeviceFileIndex files(dir.path());
-    QVERIFY(files.contains("/iPod_Control/Music/F07/S3.MP3"));
-    QVERIFY(files.contains("/IPOD_CONTROL/music/f07/s3.mp3")); // case-blind, as on FAT
-    QVERIFY(files.contains("iPod_Control/Music"));
-    QVERIFY(!files.contains("/iPod_Control/Music/F07/S9.MP3"));
-    QVERIFY(!files.contains("/iPod_Control/Music/F99/S1.MP3"));
-    QVERIFY(!files.contains("/"));
-    for (int folder = 0; folder < 20; ++folder)
-        QVERIFY(files.contains(QString("/iPod_Control/Music/F%1/S0.MP3").arg(folder, 2, 10, QChar(u'0'))));
-    QCOMPARE(files.foldersRead(), 23); // the root, iPod_Control, Music and the 20 music folders, once each
-}
-
-void TestPlayerChecks::warnings_data()
-{
-    QTest::addColumn<Playlist>("playlist");
-    QTest::addColumn<QString>("prefix");
-    QTest::addColumn<QList<PlaylistWarning>>("expected");
-    using Kind = PlaylistWarning::Kind;
-    QStringList three{":iPod_Control:Music:F00:A.mp3", ":iPod_Control:Music:F00:B.mp3", ":iPod_Control:Music:F00:A.mp3"};
-    QTest::addRow("within the limit") << playlistOf("P", three.mid(0, 2)) << "" << QList<PlaylistWarning>{};
-    QTest::addRow("over the limit, repeats counted")
-        << playlistOf("P", three) << "" << QList<PlaylistWarning>{{"P", Kind::overLimit, 3, 2}};
-    QTest::addRow("missing file") << playlistOf("P", {":iPod_Control:Music:F00:Gone.mp3"}) << ""
-                                  << QList<PlaylistWarning>{{"P", Kind::missingFiles, 1, 0}};
-    QTest::addRow("259 bytes plays") << playlistOf("P", {":iPod_Control:Music:F00:" + longName}) << "/x"
-                                     << QList<PlaylistWarning>{{"P", Kind::missingFiles, 1, 0}};
-    QTest::addRow("260 bytes does not") << playlistOf("P", {":iPod_Control:Music:F00:" + longName}) << "/xy"
-                                        << QList<PlaylistWarning>{{"P", Kind::longPaths, 1, 259}, {"P", Kind::missingFiles, 1, 0}};
-    QTest::addRow("the playlist's own path") << playlistOf(QString(250, u'N'), {}) << ""
-                                             << QList<PlaylistWarning>{{QString(250, u'N'), Kind::longFileName, 1, 259}};
-}
-
-void TestPlayerChecks::warnings()
-{
-    QFETCH(Playlist, playlist);
-    QFETCH(QString, prefix);
-    QFETCH(QList<PlaylistWarning>, expected);
-    QTemporaryDir dir;
-    writeFile(dir.filePath("iPod_Control/Music/F00/A.mp3"), "x");
-    writeFile(dir.filePath("iPod_Control/Music/F00/b.MP3"), "x");
-    DeviceFileIndex files(dir.path());
-    const ConversionOptions options{.customPathPrefix = prefix, .sanitizeFilenames = false};
-    QCOMPARE(playlistWarnings(playlist, options, 2, &files), expected);
-}
-
-void TestPlayerChecks::splitToLimit()
-{
-    Playlist big = playlistOf("Big", QStringList(5, ":a.mp3"));
-    QCOMPARE(kestrune::splitToLimit(big, 5), QList<Playlist>{big});
-    const QList<Playlist> parts = kestrune::splitToLimit(big, 2);
-    QStringList names;
-    QList<qsizetype> sizes;
-    for (const Playlist &part : parts) {
-        names.append(part.name);
-        sizes.append(part.tracks.size());
-        QCOMPARE(part.trackIds.size(), part.tracks.size());
-    }
-    QCOMPARE(names, (QStringList{"Big (1 of 3)", "Big (2 of 3)", "Big (3 of 3)"}));
-    QCOMPARE(sizes, (QList<qsizetype>{2, 2, 1}));
-}
-
-void TestPlayerChecks::existingFiles_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<PlaylistFileCheck>("expected");
-    QTest::addRow("absolute, comments skipped")
-        << QByteArray("#EXTM3U\n#EXTINF:1,x\n/iPod_Control/Music/F00/A.mp3\n\n") << PlaylistFileCheck{.entries = 1};
-    QTest::addRow("backslashes, drive letter, case, CRLF")
-        << QByteArray("C:\\iPod_Control\\MUSIC\\f00\\a.MP3\r\n") << PlaylistFileCheck{.entries = 1};
-    QTest::addRow("relative to the playlist's folder")
-        << QByteArray("../iPod_Control/Music/F00/A.mp3\nSide.mp3\n") << PlaylistFileCheck{.entries = 2};
-    QTest::addRow("missing and past the limit")
-        << QByteArray("/a.mp3\n/iPod_Control/Music/F00/A.mp3\n/iPod_Control/Music/F00/A.mp3\n")
-        << PlaylistFileCheck{.entries = 3, .unresolved = 1, .pastLimit = 1};
-    QTest::addRow("too long") << ("/" + QByteArray(259, 'x') + "\n") << PlaylistFileCheck{.entries = 1, .tooLong = 1};
-    QTest::addRow("latin-1 .m3u") << QByteArray("/Caf\xe9.mp3\n") << PlaylistFileCheck{.entries = 1};
-}
-
-void TestPlayerChecks::existingFiles()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(PlaylistFileCheck, expected);
-    QTemporaryDir dir;
-    writeFile(dir.filePath("iPod_Control/Music/F00/A.mp3"), "x");
-    writeFile(dir.filePath("Caf\u00e9.mp3"), "x");
-    writeFile(dir.filePath("Playlists/Side.mp3"), "x");
-    writeFile(dir.filePath("Playlists/Rock.m3u"), text);
-    DeviceFileIndex files(dir.path());
-    QCOMPARE(checkPlaylistFile(files, dir.path(), "Playlists/Rock.m3u", 2), expected);
-}
 
 QTEST_APPLESS_MAIN(TestPlayerChecks)
 #include "tst_playerchecks.moc"

@@ -33,235 +33,219 @@ class TestPlaylistExport : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void sanitizeFilename_data();
-    void sanitizeFilename();
-    void fileNameAndExtension_data();
-    void fileNameAndExtension();
-    void writesTextAndReportsResult();
-    void replacesExistingFileWhole();
-    void updateFlagFollowsExistingFile();
-    void failedWriteKeepsOldFileAndLeavesNoTemporary();
-    void unsanitisedNamesThatCannotBeWritten_data();
-    void unsanitisedNamesThatCannotBeWritten();
-    void createsOnlyTheLastFolder();
-    void invalidTextIsNotWritten();
-    void runWritesEveryPlaylistItCan();
-    void causesInWords_data();
-    void causesInWords();
+    void sanitizeFilename_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("every unsafe character")
+            << "Rock: Classics / 80's & 90's * Best? <Vol. 1> \"Special\" | Mix"
+            << "Rock_ Classics _ 80's & 90's _ Best_ _Vol. 1_ _Special_ _ Mix";
+        QTest::addRow("backslash, runs not collapsed") << "a\\\\b::c" << "a__b__c";
+        QTest::addRow("empty") << "" << "Playlist";
+        QTest::addRow("only blanks and line breaks") << " \n\t " << "Playlist";
+        QTest::addRow("replaced before trimming") << " ?* " << "__";
+        QTest::addRow("outer blanks trimmed") << "  Road Trip  " << "Road Trip";
+        QTest::addRow("safe characters kept") << "Caffè, 90's & 🎵" << "Caffè, 90's & 🎵";
+        // What a FAT volume refuses, renames or hides, and what Windows reserves.
+        QTest::addRow("inner control characters") << "tab\there\x01" << "tab_here_";
+        QTest::addRow("DEL") << "del\x7f" << "del_";
+        QTest::addRow("NUL cannot reach another file's name") << QString("notes.txt") + QChar(0) + "x" << "notes.txt_x";
+        QTest::addRow("leading dot") << ".hidden" << "_hidden";
+        QTest::addRow("only the first dot") << "...And Justice for All" << "_..And Justice for All";
+        QTest::addRow("device name") << "CON" << "CON_";
+        QTest::addRow("device name, any case, with extension") << "nul.txt" << "nul_.txt";
+        QTest::addRow("numbered device name") << "Com9" << "Com9_";
+        QTest::addRow("not a device name") << "COM0 CONSOLE" << "COM0 CONSOLE";
+        // "/Playlists/" + name + ".m3u8" stays within the player's 259 bytes, cut between characters.
+        QTest::addRow("long ASCII") << QString(300, u'x') << QString(243, u'x');
+        QTest::addRow("long two-byte characters") << QString(200, QChar(0xE9)) << QString(121, QChar(0xE9));
+        QTest::addRow("no half emoji") << QString(241, u'x') + "🎵🎵" << QString(241, u'x');
+    }
+
+    void sanitizeFilename()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, expected);
+        QCOMPARE(RockboxGenerator::sanitizeFilename(name), expected);
+    }
+
+    void fileNameAndExtension_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("m3u8");
+        QTest::addColumn<bool>("sanitize");
+        QTest::addColumn<QString>("filename");
+        QTest::addRow("m3u8") << "Rock" << true << true << "Rock.m3u8";
+        QTest::addRow("m3u") << "Rock" << false << true << "Rock.m3u";
+        QTest::addRow("sanitised") << "Rock: Live" << true << true << "Rock_ Live.m3u8";
+        QTest::addRow("unsanitised empty name is hidden") << "" << true << false << ".m3u8";
+    }
+
+    void fileNameAndExtension()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, m3u8);
+        QFETCH(bool, sanitize);
+        QFETCH(QString, filename);
+        QTemporaryDir dir;
+        const ConversionOptions options{.useM3U8Extension = m3u8, .sanitizeFilenames = sanitize};
+        const ExportItemResult result =
+            RockboxGenerator().exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(dir.path()), options);
+        QVERIFY(result.isSuccess);
+        QCOMPARE(result.filename, filename);
+        QCOMPARE(result.playlistName, name);
+        QCOMPARE(result.fileURL.toLocalFile(), dir.filePath(filename));
+        QCOMPARE(entriesOf(dir.path()), QStringList{filename});
+    }
+
+    void writesTextAndReportsResult()
+    {
+        QTemporaryDir dir;
+        const Playlist playlist = playlistNamed("Mix", 3);
+        const ExportItemResult result = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {});
+        QVERIFY(result.isSuccess && !result.isUpdate && !result.errorMessage);
+        QCOMPARE(result.trackCount, 3);
+        QCOMPARE(readFile(result.fileURL.toLocalFile()), RockboxGenerator().generateM3UContent(playlist, {}).toUtf8());
+        const ExportItemResult empty =
+            RockboxGenerator().exportPlaylist(playlistNamed("None", 0), QUrl::fromLocalFile(dir.path()), {});
+        QVERIFY(empty.isSuccess);
+        QCOMPARE(readFile(empty.fileURL.toLocalFile()), QByteArray("#EXTM3U\n"));
+    }
+
+    void replacesExistingFileWhole()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Mix.m3u8"), QByteArray(10000, 'x'));
+        QFile::setPermissions(dir.filePath("Mix.m3u8"), QFile::ReadOwner | QFile::WriteOwner);
+        QVERIFY(RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {}).isSuccess);
+        QVERIFY(!readFile(dir.filePath("Mix.m3u8")).contains('x'));
+        QVERIFY(!(QFileInfo(dir.filePath("Mix.m3u8")).permissions() & QFile::ReadOther)); // kept, not the usual 644
+        QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
+    }
+
+    void updateFlagFollowsExistingFile()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Rock.m3u"), "old");
+        Playlist playlist = playlistNamed("Rock");
+        playlist.existingRockboxFile = ExistingRockboxFile{.filename = "Rock.m3u", .baseName = "Rock",
+                                                           .fileURL = QUrl::fromLocalFile(dir.filePath("Rock.m3u"))};
+        QVERIFY(RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {}).isUpdate);
+        // A change of extension leaves the old file beside the new one.
+        QCOMPARE(entriesOf(dir.path()), (QStringList{"Rock.m3u", "Rock.m3u8"}));
+        QCOMPARE(readFile(dir.filePath("Rock.m3u")), QByteArray("old"));
+        // The flag, the name aimed at and the count are reported on failure too.
+        playlist.name = "No/Such/Folder";
+        const ExportItemResult failed = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()),
+                                                                          ConversionOptions{.sanitizeFilenames = false});
+        QVERIFY(!failed.isSuccess && failed.isUpdate && !failed.errorMessage.value_or("").isEmpty());
+        QCOMPARE(failed.filename, "No/Such/Folder.m3u8");
+        QCOMPARE(failed.trackCount, 1);
+    }
+
+    void failedWriteKeepsOldFileAndLeavesNoTemporary()
+    {
+        // A folder standing where the file should go cannot be replaced by it: the write fails at the rename.
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Mix.m3u8/keep/file"), "kept");
+        const ExportItemResult result =
+            RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {});
+        QVERIFY(!result.isSuccess && !result.errorMessage.value_or("").isEmpty());
+        QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
+        QCOMPARE(readFile(dir.filePath("Mix.m3u8/keep/file")), QByteArray("kept"));
+    }
+
+    void unsanitisedNamesThatCannotBeWritten_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reason");
+        QTest::addRow("parent segment") << "../escape" << "fuori dalla cartella";
+        QTest::addRow("inner parent segment") << "a/../../escape" << "fuori dalla cartella";
+        QTest::addRow("backslash parent segment") << "..\\\\escape" << "fuori dalla cartella";
+        QTest::addRow("absolute") << "/tmp/escape" << "fuori dalla cartella";
+        QTest::addRow("drive letter") << "C:escape" << "fuori dalla cartella";
+        QTest::addRow("tab") << "tab\there" << "carattere di controllo U+0009";
+        QTest::addRow("NUL") << QString("notes.txt") + QChar(0) + "x" << "carattere di controllo U+0000";
+    }
+
+    void unsanitisedNamesThatCannotBeWritten()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        QTemporaryDir outer;
+        const QString folder = outer.filePath("Playlists");
+        writeFile(folder + "/notes.txt", "the user's notes");
+        const ExportItemResult result = RockboxGenerator().exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(folder),
+                                                                          ConversionOptions{.sanitizeFilenames = false});
+        QVERIFY(!result.isSuccess);
+        QVERIFY2(result.errorMessage.value_or("").contains(reason), qPrintable(result.errorMessage.value_or("")));
+        QCOMPARE(entriesOf(outer.path()), QStringList{"Playlists"});
+        QCOMPARE(entriesOf(folder), QStringList{"notes.txt"});
+        QCOMPARE(readFile(folder + "/notes.txt"), QByteArray("the user's notes"));
+    }
+
+    void createsOnlyTheLastFolder()
+    {
+        QTemporaryDir dir;
+        const ExportItemResult made =
+            RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.filePath("Playlists")), {});
+        QVERIFY(made.isSuccess);
+        // A missing parent is a vanished volume's empty mount point as often as not: nothing is made there.
+        const ExportItemResult refused =
+            RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.filePath("gone/Playlists")), {});
+        QVERIFY(!refused.isSuccess);
+        QVERIFY2(refused.errorMessage.value_or("").contains("gone"), qPrintable(refused.errorMessage.value_or("")));
+        QCOMPARE(entriesOf(dir.path()), QStringList{"Playlists"});
+    }
+
+    void invalidTextIsNotWritten()
+    {
+        QTemporaryDir dir;
+        Playlist playlist = playlistNamed("Broken");
+        playlist.tracks.first().title = QString(QChar(0xD800)); // an unpaired surrogate cannot be UTF-8
+        const ExportItemResult result = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {});
+        QVERIFY(!result.isSuccess);
+        QCOMPARE(result.errorMessage, std::optional<QString>("Impossibile codificare la playlist in formato UTF-8."));
+        QVERIFY(entriesOf(dir.path()).isEmpty());
+    }
+
+    void runWritesEveryPlaylistItCan()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Blocked.m3u8/keep"), "a folder in the way");
+        Playlist broken = playlistNamed("Broken");
+        broken.tracks.first().title = QString(QChar(0xD800));
+        QList<qsizetype> progress;
+        const QList<ExportItemResult> results = RockboxGenerator().exportPlaylists(
+            {playlistNamed("A"), broken, playlistNamed("Blocked"), playlistNamed("B")}, QUrl::fromLocalFile(dir.path()), {},
+            [&progress](qsizetype written) { progress.append(written); });
+        QCOMPARE(progress, (QList<qsizetype>{1, 2, 3, 4}));
+        QList<bool> succeeded;
+        for (const ExportItemResult &result : results)
+            succeeded.append(result.isSuccess);
+        QCOMPARE(succeeded, (QList<bool>{true, false, false, true}));
+        QCOMPARE(entriesOf(dir.path()), (QStringList{"A.m3u8", "B.m3u8", "Blocked.m3u8"})); // no temporary file left
+    }
+
+    void causesInWords_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<QString>("words");
+        QTest::addRow("full") << ENOSPC << "No space left on the device.";
+        QTest::addRow("read-only") << EROFS << "The device is read-only (read-only file system).";
+        QTest::addRow("failing") << EIO << "Input/output error: the device failed or was removed.";
+        QTest::addRow("gone") << ENODEV << "The device is no longer available: it was removed or unmounted.";
+        QTest::addRow("no reason") << 0 << "The operation failed without a reason from the system.";
+        QTest::addRow("others as the system says") << ENOENT << "No such file or directory";
+    }
+
+    void causesInWords()
+    {
+        QFETCH(int, error);
+        QFETCH(QString, words);
+        QCOMPARE(describeSystemError(error), words);
+    }
 };
-
-void TestPlaylistExport::sanitizeFilename_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("every unsafe character")
-        << "Rock: Classics / 80's & 90's * Best? <Vol. 1> \"Special\" | Mix"
-        << "Rock_ Classics _ 80's & 90's _ Best_ _Vol. 1_ _Special_ _ Mix";
-    QTest::addRow("backslash, runs not collapsed") << "a\\\\b::c" << "a__b__c";
-    QTest::addRow("empty") << "" << "Playlist";
-    QTest::addRow("only blanks and line breaks") << " \n\t " << "Playlist";
-    QTest::addRow("replaced before trimming") << " ?* " << "__";
-    QTest::addRow("outer blanks trimmed") << "  Road Trip  " << "Road Trip";
-    QTest::addRow("safe characters kept") << "Caffè, 90's & 🎵" << "Caffè, 90's & 🎵";
-    // What a FAT volume refuses, renames or hides, and what Windows reserves.
-    QTest::addRow("inner control characters") << "tab\there\x01" << "tab_here_";
-    QTest::addRow("DEL") << "del\x7f" << "del_";
-    QTest::addRow("NUL cannot reach another file's name") << QString("notes.txt") + QChar(0) + "x" << "notes.txt_x";
-    QTest::addRow("leading dot") << ".hidden" << "_hidden";
-    QTest::addRow("only the first dot") << "...And Justice for All" << "_..And Justice for All";
-    QTest::addRow("device name") << "CON" << "CON_";
-    QTest::addRow("device name, any case, with extension") << "nul.txt" << "nul_.txt";
-    QTest::addRow("numbered device name") << "Com9" << "Com9_";
-    QTest::addRow("not a device name") << "COM0 CONSOLE" << "COM0 CONSOLE";
-    // "/Playlists/" + name + ".m3u8" stays within the player's 259 bytes, cut between characters.
-    QTest::addRow("long ASCII") << QString(300, u'x') << QString(243, u'x');
-    QTest::addRow("long two-byte characters") << QString(200, QChar(0xE9)) << QString(121, QChar(0xE9));
-    QTest::addRow("no half emoji") << QString(241, u'x') + "🎵🎵" << QString(241, u'x');
-}
-
-void TestPlaylistExport::sanitizeFilename()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, expected);
-    QCOMPARE(RockboxGenerator::sanitizeFilename(name), expected);
-}
-
-void TestPlaylistExport::fileNameAndExtension_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("m3u8");
-    QTest::addColumn<bool>("sanitize");
-    QTest::addColumn<QString>("filename");
-    QTest::addRow("m3u8") << "Rock" << true << true << "Rock.m3u8";
-    QTest::addRow("m3u") << "Rock" << false << true << "Rock.m3u";
-    QTest::addRow("sanitised") << "Rock: Live" << true << true << "Rock_ Live.m3u8";
-    QTest::addRow("unsanitised empty name is hidden") << "" << true << false << ".m3u8";
-}
-
-void TestPlaylistExport::fileNameAndExtension()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, m3u8);
-    QFETCH(bool, sanitize);
-    QFETCH(QString, filename);
-    QTemporaryDir dir;
-    const ConversionOptions options{.useM3U8Extension = m3u8, .sanitizeFilenames = sanitize};
-    const ExportItemResult result =
-        RockboxGenerator().exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(dir.path()), options);
-    QVERIFY(result.isSuccess);
-    QCOMPARE(result.filename, filename);
-    QCOMPARE(result.playlistName, name);
-    QCOMPARE(result.fileURL.toLocalFile(), dir.filePath(filename));
-    QCOMPARE(entriesOf(dir.path()), QStringList{filename});
-}
-
-void TestPlaylistExport::writesTextAndReportsResult()
-{
-    QTemporaryDir dir;
-    const Playlist playlist = playlistNamed("Mix", 3);
-    const ExportItemResult result = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {});
-    QVERIFY(result.isSuccess && !result.isUpdate && !result.errorMessage);
-    QCOMPARE(result.trackCount, 3);
-    QCOMPARE(readFile(result.fileURL.toLocalFile()), RockboxGenerator().generateM3UContent(playlist, {}).toUtf8());
-    const ExportItemResult empty =
-        RockboxGenerator().exportPlaylist(playlistNamed("None", 0), QUrl::fromLocalFile(dir.path()), {});
-    QVERIFY(empty.isSuccess);
-    QCOMPARE(readFile(empty.fileURL.toLocalFile()), QByteArray("#EXTM3U\n"));
-}
-
-void TestPlaylistExport::replacesExistingFileWhole()
-{
-    QTemporaryDir dir;
-    writeFile(dir.filePath("Mix.m3u8"), QByteArray(10000, 'x'));
-    QFile::setPermissions(dir.filePath("Mix.m3u8"), QFile::ReadOwner | QFile::WriteOwner);
-    QVERIFY(RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {}).isSuccess);
-    QVERIFY(!readFile(dir.filePath("Mix.m3u8")).contains('x'));
-    QVERIFY(!(QFileInfo(dir.filePath("Mix.m3u8")).permissions() & QFile::ReadOther)); // kept, not the usual 644
-    QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
-}
-
-void TestPlaylistExport::updateFlagFollowsExistingFile()
-{
-    QTemporaryDir dir;
-    writeFile(dir.filePath("Rock.m3u"), "old");
-    Playlist playlist = playlistNamed("Rock");
-    playlist.existingRockboxFile = ExistingRockboxFile{.filename = "Rock.m3u", .baseName = "Rock",
-                                                       .fileURL = QUrl::fromLocalFile(dir.filePath("Rock.m3u"))};
-    QVERIFY(RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {}).isUpdate);
-    // A change of extension leaves the old file beside the new one.
-    QCOMPARE(entriesOf(dir.path()), (QStringList{"Rock.m3u", "Rock.m3u8"}));
-    QCOMPARE(readFile(dir.filePath("Rock.m3u")), QByteArray("old"));
-    // The flag, the name aimed at and the count are reported on failure too.
-    playlist.name = "No/Such/Folder";
-    const ExportItemResult failed = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()),
-                                                                      ConversionOptions{.sanitizeFilenames = false});
-    QVERIFY(!failed.isSuccess && failed.isUpdate && !failed.errorMessage.value_or("").isEmpty());
-    QCOMPARE(failed.filename, "No/Such/Folder.m3u8");
-    QCOMPARE(failed.trackCount, 1);
-}
-
-void TestPlaylistExport::failedWriteKeepsOldFileAndLeavesNoTemporary()
-{
-    // A folder standing where the file should go cannot be replaced by it: the write fails at the rename.
-    QTemporaryDir dir;
-    writeFile(dir.filePath("Mix.m3u8/keep/file"), "kept");
-    const ExportItemResult result =
-        RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {});
-    QVERIFY(!result.isSuccess && !result.errorMessage.value_or("").isEmpty());
-    QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
-    QCOMPARE(readFile(dir.filePath("Mix.m3u8/keep/file")), QByteArray("kept"));
-}
-
-void TestPlaylistExport::unsanitisedNamesThatCannotBeWritten_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("reason");
-    QTest::addRow("parent segment") << "../escape" << "fuori dalla cartella";
-    QTest::addRow("inner parent segment") << "a/../../escape" << "fuori dalla cartella";
-    QTest::addRow("backslash parent segment") << "..\\\\escape" << "fuori dalla cartella";
-    QTest::addRow("absolute") << "/tmp/escape" << "fuori dalla cartella";
-    QTest::addRow("drive letter") << "C:escape" << "fuori dalla cartella";
-    QTest::addRow("tab") << "tab\there" << "carattere di controllo U+0009";
-    QTest::addRow("NUL") << QString("notes.txt") + QChar(0) + "x" << "carattere di controllo U+0000";
-}
-
-void TestPlaylistExport::unsanitisedNamesThatCannotBeWritten()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, reason);
-    QTemporaryDir outer;
-    const QString folder = outer.filePath("Playlists");
-    writeFile(folder + "/notes.txt", "the user's notes");
-    const ExportItemResult result = RockboxGenerator().exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(folder),
-                                                                      ConversionOptions{.sanitizeFilenames = false});
-    QVERIFY(!result.isSuccess);
-    QVERIFY2(result.errorMessage.value_or("").contains(reason), qPrintable(result.errorMessage.value_or("")));
-    QCOMPARE(entriesOf(outer.path()), QStringList{"Playlists"});
-    QCOMPARE(entriesOf(folder), QStringList{"notes.txt"});
-    QCOMPARE(readFile(folder + "/notes.txt"), QByteArray("the user's notes"));
-}
-
-void TestPlaylistExport::createsOnlyTheLastFolder()
-{
-    QTemporaryDir dir;
-    const ExportItemResult made =
-        RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.filePath("Playlists")), {});
-    QVERIFY(made.isSuccess);
-    // A missing parent is a vanished volume's empty mount point as often as not: nothing is made there.
-    const ExportItemResult refused =
-        RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.filePath("gone/Playlists")), {});
-    QVERIFY(!refused.isSuccess);
-    QVERIFY2(refused.errorMessage.value_or("").contains("gone"), qPrintable(refused.errorMessage.value_or("")));
-    QCOMPARE(entriesOf(dir.path()), QStringList{"Playlists"});
-}
-
-void TestPlaylistExport::invalidTextIsNotWritten()
-{
-    QTemporaryDir dir;
-    Playlist playlist = playlistNamed("Broken");
-    playlist.tracks.first().title = QString(QChar(0xD800)); // an unpaired surrogate cannot be UTF-8
-    const ExportItemResult result = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {});
-    QVERIFY(!result.isSuccess);
-    QCOMPARE(result.errorMessage, std::optional<QString>("Impossibile codificare la playlist in formato UTF-8."));
-    QVERIFY(entriesOf(dir.path()).isEmpty());
-}
-
-void TestPlaylistExport::runWritesEveryPlaylistItCan()
-{
-    QTemporaryDir dir;
-    writeFile(dir.filePath("Blocked.m3u8/keep"), "a folder in the way");
-    Playlist broken = playlistNamed("Broken");
-    broken.tracks.first().title = QString(QChar(0xD800));
-    QList<qsizetype> progress;
-    const QList<ExportItemResult> results = RockboxGenerator().exportPlaylists(
-        {playlistNamed("A"), broken, playlistNamed("Blocked"), playlistNamed("B")}, QUrl::fromLocalFile(dir.path()), {},
-        [&progress](qsizetype written) { progress.append(written); });
-    QCOMPARE(progress, (QList<qsizetype>{1, 2, 3, 4}));
-    QList<bool> succeeded;
-    for (const ExportItemResult &result : results)
-        succeeded.append(result.isSuccess);
-    QCOMPARE(succeeded, (QList<bool>{true, false, false, true}));
-    QCOMPARE(entriesOf(dir.path()), (QStringList{"A.m3u8", "B.m3u8", "Blocked.m3u8"})); // no temporary file left
-}
-
-void TestPlaylistExport::causesInWords_data()
-{
-    QTest::addColumn<int>("error");
-    QTest::addColumn<QString>("words");
-    QTest::addRow("full") << ENOSPC << "No space left on the device.";
-    QTest::addRow("read-only") << EROFS << "The device is read-only (read-only file system).";
-    QTest::addRow("failing") << EIO << "Input/output error: the device failed or was removed.";
-    QTest::addRow("gone") << ENODEV << "The device is no longer available: it was removed or unmounted.";
-    QTest::addRow("no reason") << 0 << "The operation failed without a reason from the system.";
-    QTest::addRow("others as the system says") << ENOENT << "No such file or directory";
-}
-
-void TestPlaylistExport::causesInWords()
-{
-    QFETCH(int, error);
-    QFETCH(QString, words);
-    QCOMPARE(describeSystemError(error), words);
-}
 
 QTEST_GUILESS_MAIN(TestPlaylistExport)
 #include "tst_playlistexport.moc"

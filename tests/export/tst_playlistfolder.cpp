@@ -44,150 +44,139 @@ class TestPlaylistFolder : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void listingFilterAndOrder_data();
-    void listingFilterAndOrder();
-    void listedValues();
-    void missingFolderGivesEmptyLists();
-    void matching_data();
-    void matching();
-    void attachClearsStaleMatches();
-    void splitPartsBelongToTheirPlaylist_data();
-    void splitPartsBelongToTheirPlaylist();
-    void deleteItem();
-};
-
-void TestPlaylistFolder::listingFilterAndOrder_data()
-{
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<QStringList>("expected");
-    QTest::addRow("only visible playlist files")
-        << QStringList{"Rock.m3u8", "HardRock.m3u", ".DS_Store", "._Rock.m3u8", "notes.txt", "Rock80s/Deep.m3u",
-                       "Rock.pls", "noextension"}
-        << QStringList{"Rock80s", "Folder.m3u"} << QStringList{"HardRock.m3u", "Rock.m3u8"};
-    QTest::addRow("case-blind names and extensions") << QStringList{"b.m3u", "A.m3u8", "c.M3U", "ROCK.M3U8"}
-                                                     << QStringList{}
-                                                     << QStringList{"A.m3u8", "b.m3u", "c.M3U", "ROCK.M3U8"};
-    QTest::addRow("digits by value") << QStringList{"Mix 10.m3u", "Mix 2.m3u", "Mix 1.m3u"} << QStringList{}
-                                     << QStringList{"Mix 1.m3u", "Mix 2.m3u", "Mix 10.m3u"};
-}
-
-void TestPlaylistFolder::listingFilterAndOrder()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QStringList, folders);
-    QFETCH(QStringList, expected);
-    QTemporaryDir tmp;
-    const QDir dir(tmp.path());
-    for (const QString &folder : folders)
-        QVERIFY(dir.mkpath(folder));
-    for (const QString &file : files)
-        touch(dir, file);
-    const RockboxGenerator generator;
-    QCOMPARE(namesOf(generator.listPlaylists(QUrl::fromLocalFile(tmp.path()))), expected);
-    QStringList scanned;
-    for (const ExistingRockboxFile &file : generator.scanExistingPlaylists(QUrl::fromLocalFile(tmp.path())))
-        scanned.append(file.filename);
-    QCOMPARE(scanned, expected);
-}
-
-void TestPlaylistFolder::listedValues()
-{
-    QTemporaryDir tmp;
-    touch(QDir(tmp.path()), QStringLiteral("Thriller Hits.m3u8"), "12345");
-    const QList<RockboxFileItem> items = RockboxGenerator().listPlaylists(QUrl::fromLocalFile(tmp.path()));
-    QCOMPARE(items.size(), 1);
-    const RockboxFileItem &item = items.first();
-    QCOMPARE(item.baseName, QStringLiteral("Thriller Hits"));
-    QCOMPARE(item.sizeBytes, std::optional<qint64>(5));
-    QVERIFY(item.modificationDate && item.modificationDate->isValid());
-    QCOMPARE(item.id(), QDir(tmp.path()).filePath(QStringLiteral("Thriller Hits.m3u8")));
-}
-
-void TestPlaylistFolder::missingFolderGivesEmptyLists()
-{
-    const QUrl missing = QUrl::fromLocalFile(QStringLiteral("/nonexistent/kestrune/Playlists"));
-    QVERIFY(RockboxGenerator().listPlaylists(missing).isEmpty());
-    QVERIFY(RockboxGenerator().scanExistingPlaylists(missing).isEmpty());
-}
-
-void TestPlaylistFolder::matching_data()
-{
-    QTest::addColumn<QString>("playlist");
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QString>("expected"); // empty: no match
-    QTest::addRow("sanitised, case-blind, other extension") << "Rock: Classics" << QStringList{"rock_ classics.M3U"}
-                                                            << "rock_ classics.M3U";
-    QTest::addRow("m3u matches when m3u8 is exported") << "Rock" << QStringList{"Rock.m3u"} << "Rock.m3u";
-    QTest::addRow("case only") << "Road Trip" << QStringList{"road trip.m3u8"} << "road trip.m3u8";
-    QTest::addRow("first in sorted order wins") << "Rock" << QStringList{"ROCK.m3u", "rock.m3u8"} << "ROCK.m3u";
-    QTest::addRow("canonically equivalent") << QStringLiteral("Cafe\u0301") << QStringList{QStringLiteral("caf\u00e9.m3u8")}
-                                            << QStringLiteral("caf\u00e9.m3u8");
-    QTest::addRow("non-ASCII case") << QStringLiteral("ÉTÉ") << QStringList{QStringLiteral("été.m3u")}
-                                    << QStringLiteral("été.m3u");
-    QTest::addRow("empty name matches Playlist") << "" << QStringList{"playlist.m3u8"} << "playlist.m3u8";
-    QTest::addRow("prefix is no match") << "Rock" << QStringList{"Rock Classics.m3u8"} << "";
-    QTest::addRow("double extension by file name") << "Mix.m3u8" << QStringList{"mix.m3u8.m3u8"}
-                                                   << "mix.m3u8.m3u8";
-}
-
-void TestPlaylistFolder::matching()
-{
-    QFETCH(QString, playlist);
-    QFETCH(QStringList, files);
-    QFETCH(QString, expected);
-    const std::optional<ExistingRockboxFile> match = matchingExistingFile(playlist, existing(files));
-    QCOMPARE(match ? match->filename : QString(), expected);
-}
-
-void TestPlaylistFolder::attachClearsStaleMatches()
-{
-    QList<Playlist> playlists{Playlist{.name = QStringLiteral("Rock")}, Playlist{.name = QStringLiteral("Pop")},
-                              Playlist{.name = QStringLiteral("rock")}};
-    playlists[1].existingRockboxFile = existing({QStringLiteral("Pop.m3u8")}).first();
-    attachExistingFiles(playlists, existing({QStringLiteral("Rock.m3u8")}));
-    QCOMPARE(playlists[0].existingRockboxFile->filename, QStringLiteral("Rock.m3u8"));
-    QVERIFY(!playlists[1].existingRockboxFile);
-    QCOMPARE(playlists[2].existingRockboxFile->filename, QStringLiteral("Rock.m3u8")); // several may share one
-}
-
-void TestPlaylistFolder::splitPartsBelongToTheirPlaylist_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<bool>("belongs");
-    QTest::addRow("whole") << "rock_ live.m3u8" << true;
-    QTest::addRow("a part") << "Rock_ Live (2 of 3).m3u8" << true;
-    QTest::addRow("another playlist") << "Rock.m3u8" << false;
-    QTest::addRow("not a part's form") << "Rock_ Live (2).m3u8" << false;
-}
-
-void TestPlaylistFolder::splitPartsBelongToTheirPlaylist()
-{
-    QFETCH(QString, file);
-    QFETCH(bool, belongs);
-    QCOMPARE(belongsToAny(existing({file}).first(), playlistMatchKeys({"Pop", "Rock: Live"})), belongs);
-}
-
-void TestPlaylistFolder::deleteItem()
-{
-    QTemporaryDir tmp;
-    const QDir dir(tmp.path());
-    touch(dir, "kept/inside.m3u8");
-    touch(dir, "folder/inside.m3u8");
-    QVERIFY(QFile::link(dir.filePath("kept"), dir.filePath("link")));
-    const RockboxGenerator generator;
-    generator.deleteItem(QUrl::fromLocalFile(dir.filePath("link"))); // the link goes, not what it points at
-    generator.deleteItem(QUrl::fromLocalFile(dir.filePath("folder")));
-    QCOMPARE(dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"kept"});
-    QVERIFY(QFileInfo::exists(dir.filePath("kept/inside.m3u8")));
-    try {
-        generator.deleteItem(QUrl::fromLocalFile(dir.filePath("gone.m3u8")));
-        QFAIL("expected a FileSystemError");
-    } catch (const FileSystemError &error) {
-        QCOMPARE(error.path, dir.filePath("gone.m3u8"));
-        QVERIFY(error.errorDescription.contains("gone.m3u8"));
+    void listingFilterAndOrder_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QStringList>("folders");
+        QTest::addColumn<QStringList>("expected");
+        QTest::addRow("only visible playlist files")
+            << QStringList{"Rock.m3u8", "HardRock.m3u", ".DS_Store", "._Rock.m3u8", "notes.txt", "Rock80s/Deep.m3u",
+                           "Rock.pls", "noextension"}
+            << QStringList{"Rock80s", "Folder.m3u"} << QStringList{"HardRock.m3u", "Rock.m3u8"};
+        QTest::addRow("case-blind names and extensions") << QStringList{"b.m3u", "A.m3u8", "c.M3U", "ROCK.M3U8"}
+                                                         << QStringList{}
+                                                         << QStringList{"A.m3u8", "b.m3u", "c.M3U", "ROCK.M3U8"};
+        QTest::addRow("digits by value") << QStringList{"Mix 10.m3u", "Mix 2.m3u", "Mix 1.m3u"} << QStringList{}
+                                         << QStringList{"Mix 1.m3u", "Mix 2.m3u", "Mix 10.m3u"};
     }
-}
+
+    void listingFilterAndOrder()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QStringList, folders);
+        QFETCH(QStringList, expected);
+        QTemporaryDir tmp;
+        const QDir dir(tmp.path());
+        for (const QString &folder : folders)
+            QVERIFY(dir.mkpath(folder));
+        for (const QString &file : files)
+            touch(dir, file);
+        const RockboxGenerator generator;
+        QCOMPARE(namesOf(generator.listPlaylists(QUrl::fromLocalFile(tmp.path()))), expected);
+        QStringList scanned;
+        for (const ExistingRockboxFile &file : generator.scanExistingPlaylists(QUrl::fromLocalFile(tmp.path())))
+            scanned.append(file.filename);
+        QCOMPARE(scanned, expected);
+    }
+
+    void listedValues()
+    {
+        QTemporaryDir tmp;
+        touch(QDir(tmp.path()), QStringLiteral("Thriller Hits.m3u8"), "12345");
+        const QList<RockboxFileItem> items = RockboxGenerator().listPlaylists(QUrl::fromLocalFile(tmp.path()));
+        QCOMPARE(items.size(), 1);
+        const RockboxFileItem &item = items.first();
+        QCOMPARE(item.baseName, QStringLiteral("Thriller Hits"));
+        QCOMPARE(item.sizeBytes, std::optional<qint64>(5));
+        QVERIFY(item.modificationDate && item.modificationDate->isValid());
+        QCOMPARE(item.id(), QDir(tmp.path()).filePath(QStringLiteral("Thriller Hits.m3u8")));
+    }
+
+    void missingFolderGivesEmptyLists()
+    {
+        const QUrl missing = QUrl::fromLocalFile(QStringLiteral("/nonexistent/kestrune/Playlists"));
+        QVERIFY(RockboxGenerator().listPlaylists(missing).isEmpty());
+        QVERIFY(RockboxGenerator().scanExistingPlaylists(missing).isEmpty());
+    }
+
+    void matching_data()
+    {
+        QTest::addColumn<QString>("playlist");
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("expected"); // empty: no match
+        QTest::addRow("sanitised, case-blind, other extension") << "Rock: Classics" << QStringList{"rock_ classics.M3U"}
+                                                                << "rock_ classics.M3U";
+        QTest::addRow("m3u matches when m3u8 is exported") << "Rock" << QStringList{"Rock.m3u"} << "Rock.m3u";
+        QTest::addRow("case only") << "Road Trip" << QStringList{"road trip.m3u8"} << "road trip.m3u8";
+        QTest::addRow("first in sorted order wins") << "Rock" << QStringList{"ROCK.m3u", "rock.m3u8"} << "ROCK.m3u";
+        QTest::addRow("canonically equivalent") << QStringLiteral("Cafe\u0301") << QStringList{QStringLiteral("caf\u00e9.m3u8")}
+                                                << QStringLiteral("caf\u00e9.m3u8");
+        QTest::addRow("non-ASCII case") << QStringLiteral("ÉTÉ") << QStringList{QStringLiteral("été.m3u")}
+                                        << QStringLiteral("été.m3u");
+        QTest::addRow("empty name matches Playlist") << "" << QStringList{"playlist.m3u8"} << "playlist.m3u8";
+        QTest::addRow("prefix is no match") << "Rock" << QStringList{"Rock Classics.m3u8"} << "";
+        QTest::addRow("double extension by file name") << "Mix.m3u8" << QStringList{"mix.m3u8.m3u8"}
+                                                       << "mix.m3u8.m3u8";
+    }
+
+    void matching()
+    {
+        QFETCH(QString, playlist);
+        QFETCH(QStringList, files);
+        QFETCH(QString, expected);
+        const std::optional<ExistingRockboxFile> match = matchingExistingFile(playlist, existing(files));
+        QCOMPARE(match ? match->filename : QString(), expected);
+    }
+
+    void attachClearsStaleMatches()
+    {
+        QList<Playlist> playlists{Playlist{.name = QStringLiteral("Rock")}, Playlist{.name = QStringLiteral("Pop")},
+                                  Playlist{.name = QStringLiteral("rock")}};
+        playlists[1].existingRockboxFile = existing({QStringLiteral("Pop.m3u8")}).first();
+        attachExistingFiles(playlists, existing({QStringLiteral("Rock.m3u8")}));
+        QCOMPARE(playlists[0].existingRockboxFile->filename, QStringLiteral("Rock.m3u8"));
+        QVERIFY(!playlists[1].existingRockboxFile);
+        QCOMPARE(playlists[2].existingRockboxFile->filename, QStringLiteral("Rock.m3u8")); // several may share one
+    }
+
+    void splitPartsBelongToTheirPlaylist_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<bool>("belongs");
+        QTest::addRow("whole") << "rock_ live.m3u8" << true;
+        QTest::addRow("a part") << "Rock_ Live (2 of 3).m3u8" << true;
+        QTest::addRow("another playlist") << "Rock.m3u8" << false;
+        QTest::addRow("not a part's form") << "Rock_ Live (2).m3u8" << false;
+    }
+
+    void splitPartsBelongToTheirPlaylist()
+    {
+        QFETCH(QString, file);
+        QFETCH(bool, belongs);
+        QCOMPARE(belongsToAny(existing({file}).first(), playlistMatchKeys({"Pop", "Rock: Live"})), belongs);
+    }
+
+    void deleteItem()
+    {
+        QTemporaryDir tmp;
+        const QDir dir(tmp.path());
+        touch(dir, "kept/inside.m3u8");
+        touch(dir, "folder/inside.m3u8");
+        QVERIFY(QFile::link(dir.filePath("kept"), dir.filePath("link")));
+        const RockboxGenerator generator;
+        generator.deleteItem(QUrl::fromLocalFile(dir.filePath("link"))); // the link goes, not what it points at
+        generator.deleteItem(QUrl::fromLocalFile(dir.filePath("folder")));
+        QCOMPARE(dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"kept"});
+        QVERIFY(QFileInfo::exists(dir.filePath("kept/inside.m3u8")));
+        try {
+            generator.deleteItem(QUrl::fromLocalFile(dir.filePath("gone.m3u8")));
+            QFAIL("expected a FileSystemError");
+        } catch (const FileSystemError &error) {
+            QCOMPARE(error.path, dir.filePath("gone.m3u8"));
+            QVERIFY(error.errorDescription.contains("gone.m3u8"));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestPlaylistFolder)
 #include "tst_playlistfolder.moc"

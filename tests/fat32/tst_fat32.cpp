@@ -148,113 +148,106 @@ class TestFat32 : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void deviceRefusingWritesReportsEveryFailure();
-    void interruptedRunLeavesOldOrNewFiles_data();
-    void interruptedRunLeavesOldOrNewFiles();
-    void badSectorInTheDatabaseIsAReadError();
-    void fullVolumeSaysSoAndKeepsTheOldFile();
-    void awkwardNamesAreWrittenAsTheDeviceTakesThem();
-    void rockboxFolderIsSparedInAnyCase();
+    void deviceFaultsFailEveryPlaylistInWords_data()
+    {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<QString>("words");
+        QTest::addRow("writes refused") << "refuse_writes" << "Input/output error";
+        QTest::addRow("read-only volume") << "mount -o remount,ro \"$IPOD\"" << "The device is read-only";
+        QTest::addRow("full volume") << "fill_volume 0" << "No space left on the device.";
+    }
+
+    void deviceFaultsFailEveryPlaylistInWords()
+    {
+        QFETCH(QString, fault);
+        QFETCH(QString, words);
+        Device device(Device::numbered(60), 60);
+        const Outcome outcome = RUN_OR_SKIP(device, fault + "\nrun cli \"$CLI\" convert \"$IPOD\" --no-clean\n");
+        QVERIFY2(outcome.out.count("FAILED") >= 59, qPrintable(outcome.out.right(300))); // a full volume had room for one
+        QCOMPARE(outcome.out.count(words), outcome.out.count("FAILED"));
+        verifyReportIsTrue(outcome, device, 60);
+    }
+
+    void interruptedRunLeavesOldOrNewFiles_data()
+    {
+        QTest::addColumn<QString>("scenario");
+        QTest::addColumn<bool>("mustFail"); // false where the fault may come after the run's last flush
+        const QString wait = "run cli \"$CLI\" convert \"$IPOD\" &\n";
+        const QString renamed = "renamed() { local l2; { read -r; read -r l2; } <\"$IPOD/Playlists/Playlist 0300.m3u8\"; "
+                                "[ \"$l2\" != \"# the old playlist 300\" ]; }\n";
+        // The cable goes while the files are written, then while they are renamed into place.
+        QTest::addRow("cable pulled while writing")
+            << "warm_cache\narm pull_cable\n" + wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nfire\nwait\n" << true;
+        QTest::addRow("cable pulled while renaming")
+            << renamed + "warm_cache\nslow_device 2\narm pull_cable\n" + wait + "wait_until 60 renamed\nfire\nwait\n"
+            << false;
+        // The file allocation table refuses writes while the data area takes them: the new files' clusters
+        // reach the device, but not the table that says they are used.
+        QTest::addRow("allocation table refused")
+            << "data=$(fsck.vfat -n -v $DEV | sed -n 's/^Data area starts at byte [0-9]* (sector \\([0-9]*\\)).*/\\1/p')\n"
+               "dm_table \"0 $data flakey $RAW 0 0 1 1 error_writes\" \"$data $((SECTORS - data)) linear $RAW $data\"\n"
+               "run cli \"$CLI\" convert \"$IPOD\"\n" << true;
+        // The volume is unmounted under the run: nothing may land on the bare mount point instead.
+        QTest::addRow("unmounted while writing")
+            << wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nlazy_unmount\nwait\n"
+               "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << true;
+        QTest::addRow("unmounted while renaming")
+            << renamed + wait + "wait_until 60 renamed\nlazy_unmount\nwait\n"
+               "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << false;
+    }
+
+    void interruptedRunLeavesOldOrNewFiles()
+    {
+        QFETCH(QString, scenario);
+        QFETCH(bool, mustFail);
+        Device device(Device::numbered(600), 600);
+        const Outcome outcome = RUN_OR_SKIP(device, scenario);
+        verifyReportIsTrue(outcome, device, 600);
+        if (mustFail)
+            QCOMPARE(outcome.status, 1);
+        if (outcome.scenarioOut.contains("bare mount point"))
+            QVERIFY2(outcome.scenarioOut.startsWith("0 files"), qPrintable(outcome.scenarioOut));
+    }
+
+    void badSectorInTheDatabaseIsAReadError()
+    {
+        Device device(Device::numbered(3));
+        const Outcome outcome =
+            RUN_OR_SKIP(device, "bad_sectors iPod_Control/iTunes/iTunesDB\nrun cli \"$CLI\" convert \"$IPOD\"\n");
+        QCOMPARE(outcome.status, 2);
+        QCOMPARE(outcome.err.trimmed(), "kestrune-cli: Errore durante la lettura del database: Input/output error");
+    }
+
+    void awkwardNamesAreWrittenAsTheDeviceTakesThem()
+    {
+        const QStringList names{"tab\there", "one\x01", "del\x7f", "CON", "nul.txt", ".hidden", "...And Justice for All",
+                                QString(300, u'x'), QString(200, QChar(0xE9)), "Caffè ☕", "Rock: Live?"};
+        const QStringList expected{"tab_here", "one_", "del_", "CON_", "nul_.txt", "_hidden", "_..And Justice for All",
+                                   QString(243, u'x'), QString(121, QChar(0xE9)), "Caffè ☕", "Rock_ Live_"};
+        QList<PlaylistItem> playlists;
+        for (const QString &name : names)
+            playlists.append(PlaylistItem::of(name, {1, 2}));
+        Device device(playlists);
+        const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" convert \"$IPOD\"\n");
+        QCOMPARE(outcome.status, 0);
+        QVERIFY2(outcome.fsckStatus == 0, qPrintable(outcome.fsck)); // no name the check renames or refuses
+        for (const QString &name : expected)
+            QVERIFY2(outcome.files.contains("Playlists/" + name + ".m3u8"), qPrintable(name + "\n" + outcome.files.keys().join(u'\n')));
+    }
+
+    void rockboxFolderIsSparedInAnyCase()
+    {
+        Device device(Device::numbered(2));
+        writeFile(device.tree(".Rockbox/config.cfg"), "volume: 10\n");
+        writeFile(device.tree("Playlists/._junk.m3u8"), "junk");
+        writeFile(device.tree(".Trashes/trash.txt"), "junk");
+        const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" clean \"$IPOD\"\n");
+        QCOMPARE(outcome.status, 0);
+        QVERIFY(outcome.files.contains(".Rockbox/config.cfg"));
+        QVERIFY(!outcome.files.contains("Playlists/._junk.m3u8"));
+        QVERIFY(!outcome.files.contains(".Trashes/trash.txt"));
+    }
 };
-
-void TestFat32::deviceRefusingWritesReportsEveryFailure()
-{
-    Device device(Device::numbered(60), 60);
-    const Outcome outcome = RUN_OR_SKIP(device, "refuse_writes\nrun cli \"$CLI\" convert \"$IPOD\"\n");
-    QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.out.contains("0 of 60 playlist(s) written"), qPrintable(outcome.out));
-    QVERIFY(outcome.out.contains("Input/output error"));
-    verifyReportIsTrue(outcome, device, 60);
-}
-
-void TestFat32::interruptedRunLeavesOldOrNewFiles_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::addColumn<bool>("mustFail"); // false where the fault may come after the run's last flush
-    const QString wait = "run cli \"$CLI\" convert \"$IPOD\" &\n";
-    const QString renamed = "renamed() { local l2; { read -r; read -r l2; } <\"$IPOD/Playlists/Playlist 0300.m3u8\"; "
-                            "[ \"$l2\" != \"# the old playlist 300\" ]; }\n";
-    // The cable goes while the files are written, then while they are renamed into place.
-    QTest::addRow("cable pulled while writing")
-        << "warm_cache\narm pull_cable\n" + wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nfire\nwait\n" << true;
-    QTest::addRow("cable pulled while renaming")
-        << renamed + "warm_cache\nslow_device 2\narm pull_cable\n" + wait + "wait_until 60 renamed\nfire\nwait\n"
-        << false;
-    // The file allocation table refuses writes while the data area takes them: the new files' clusters
-    // reach the device, but not the table that says they are used.
-    QTest::addRow("allocation table refused")
-        << "data=$(fsck.vfat -n -v $DEV | sed -n 's/^Data area starts at byte [0-9]* (sector \\([0-9]*\\)).*/\\1/p')\n"
-           "dm_table \"0 $data flakey $RAW 0 0 1 1 error_writes\" \"$data $((SECTORS - data)) linear $RAW $data\"\n"
-           "run cli \"$CLI\" convert \"$IPOD\"\n" << true;
-    // The volume is unmounted under the run: nothing may land on the bare mount point instead.
-    QTest::addRow("unmounted while writing")
-        << wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nlazy_unmount\nwait\n"
-           "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << true;
-    QTest::addRow("unmounted while renaming")
-        << renamed + wait + "wait_until 60 renamed\nlazy_unmount\nwait\n"
-           "echo \"$(find $IPOD -type f | wc -l) files under the bare mount point\"\n" << false;
-}
-
-void TestFat32::interruptedRunLeavesOldOrNewFiles()
-{
-    QFETCH(QString, scenario);
-    QFETCH(bool, mustFail);
-    Device device(Device::numbered(600), 600);
-    const Outcome outcome = RUN_OR_SKIP(device, scenario);
-    verifyReportIsTrue(outcome, device, 600);
-    if (mustFail)
-        QCOMPARE(outcome.status, 1);
-    if (outcome.scenarioOut.contains("bare mount point"))
-        QVERIFY2(outcome.scenarioOut.startsWith("0 files"), qPrintable(outcome.scenarioOut));
-}
-
-void TestFat32::badSectorInTheDatabaseIsAReadError()
-{
-    Device device(Device::numbered(3));
-    const Outcome outcome =
-        RUN_OR_SKIP(device, "bad_sectors iPod_Control/iTunes/iTunesDB\nrun cli \"$CLI\" convert \"$IPOD\"\n");
-    QCOMPARE(outcome.status, 2);
-    QCOMPARE(outcome.err.trimmed(), "kestrune-cli: Errore durante la lettura del database: Input/output error");
-}
-
-void TestFat32::fullVolumeSaysSoAndKeepsTheOldFile()
-{
-    Device device(Device::numbered(60), 60);
-    const Outcome outcome = RUN_OR_SKIP(device, "fill_volume 0\nrun cli \"$CLI\" convert \"$IPOD\"\n");
-    QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.out.contains("No space left on the device."), qPrintable(outcome.out.left(400)));
-    verifyReportIsTrue(outcome, device, 60);
-}
-
-void TestFat32::awkwardNamesAreWrittenAsTheDeviceTakesThem()
-{
-    const QStringList names{"tab\there", "one\x01", "del\x7f", "CON", "nul.txt", ".hidden", "...And Justice for All",
-                            QString(300, u'x'), QString(200, QChar(0xE9)), "Caffè ☕", "Rock: Live?"};
-    const QStringList expected{"tab_here", "one_", "del_", "CON_", "nul_.txt", "_hidden", "_..And Justice for All",
-                               QString(243, u'x'), QString(121, QChar(0xE9)), "Caffè ☕", "Rock_ Live_"};
-    QList<PlaylistItem> playlists;
-    for (const QString &name : names)
-        playlists.append(PlaylistItem::of(name, {1, 2}));
-    Device device(playlists);
-    const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" convert \"$IPOD\"\n");
-    QCOMPARE(outcome.status, 0);
-    QVERIFY2(outcome.fsckStatus == 0, qPrintable(outcome.fsck)); // no name the check renames or refuses
-    for (const QString &name : expected)
-        QVERIFY2(outcome.files.contains("Playlists/" + name + ".m3u8"), qPrintable(name + "\n" + outcome.files.keys().join(u'\n')));
-}
-
-void TestFat32::rockboxFolderIsSparedInAnyCase()
-{
-    Device device(Device::numbered(2));
-    writeFile(device.tree(".Rockbox/config.cfg"), "volume: 10\n");
-    writeFile(device.tree("Playlists/._junk.m3u8"), "junk");
-    writeFile(device.tree(".Trashes/trash.txt"), "junk");
-    const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" clean \"$IPOD\"\n");
-    QCOMPARE(outcome.status, 0);
-    QVERIFY(outcome.files.contains(".Rockbox/config.cfg"));
-    QVERIFY(!outcome.files.contains("Playlists/._junk.m3u8"));
-    QVERIFY(!outcome.files.contains(".Trashes/trash.txt"));
-}
 
 QTEST_GUILESS_MAIN(TestFat32)
 #include "tst_fat32.moc"

@@ -36,171 +36,159 @@ class TestLocalization : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void languageValues();
-    void initialLanguage_data();
-    void initialLanguage();
-    void everyChangeIsStored();
-    void plainTexts_data();
-    void plainTexts();
-    void payloadTexts_data();
-    void payloadTexts();
-    void defaultLanguageFollowsSharedManager();
-    void bindableTextsFollowLanguage();
+    void initTestCase()
+    {
+        // Keeps the real settings store away from the user's before anything opens it.
+        QStandardPaths::setTestModeEnabled(true);
+        QSettings(QStringLiteral("Kestrune"), QStringLiteral("Kestrune")).clear();
+    }
+
+    void languageValues()
+    {
+        QCOMPARE(allAppLanguages(), (QList<AppLanguage>{AppLanguage::english, AppLanguage::italian}));
+        QCOMPARE(rawValue(AppLanguage::italian), "it");
+        QCOMPARE(displayName(AppLanguage::italian), "Italiano");
+        QCOMPARE(displayName(AppLanguage::english), "English");
+        QCOMPARE(flag(AppLanguage::english), QString::fromUtf8("\xF0\x9F\x87\xAC\xF0\x9F\x87\xA7"));
+        QCOMPARE(flag(AppLanguage::italian), QString::fromUtf8("\xF0\x9F\x87\xAE\xF0\x9F\x87\xB9"));
+        QCOMPARE(appLanguageFromRawValue("en"), std::optional(AppLanguage::english));
+        QCOMPARE(appLanguageFromRawValue("IT"), std::nullopt);
+    }
+
+    void initialLanguage_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QStringList>("preferred");
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<AppLanguage>("expected");
+        QTest::addRow("system Italian first") << "" << QStringList{"it-IT", "en-US"} << "en_US" << AppLanguage::italian;
+        QTest::addRow("only the first counts") << "" << QStringList{"en-GB", "it-IT"} << "it_IT" << AppLanguage::english;
+        QTest::addRow("empty list uses the locale") << "" << QStringList{} << "it_IT" << AppLanguage::italian;
+        QTest::addRow("Swiss Italian") << "" << QStringList{"it-CH"} << "" << AppLanguage::italian;
+        QTest::addRow("upper case code") << "" << QStringList{"IT"} << "" << AppLanguage::italian;
+        QTest::addRow("anything else is English") << "" << QStringList{"fr-FR"} << "it_IT" << AppLanguage::english;
+        QTest::addRow("stored wins") << "it" << QStringList{"en-US"} << "en_US" << AppLanguage::italian;
+        QTest::addRow("stored in other case is ignored") << "IT" << QStringList{"en-US"} << "" << AppLanguage::english;
+        QTest::addRow("unknown stored value is ignored") << "fr" << QStringList{"it-IT"} << "" << AppLanguage::italian;
+    }
+
+    void initialLanguage()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QStringList, preferred);
+        QFETCH(QString, locale);
+        QFETCH(AppLanguage, expected);
+        Fixture fixture;
+        fixture.preferred = preferred;
+        fixture.localeName = locale;
+        if (!stored.isEmpty())
+            fixture.store(stored);
+        const LocalizationManager manager(fixture.environment());
+        QCOMPARE(manager.currentLanguage(), expected);
+        // Choosing at start-up writes nothing, and leaves an unknown value in place.
+        QCOMPARE(fixture.stored().toString(), stored);
+    }
+
+    void everyChangeIsStored()
+    {
+        Fixture fixture;
+        LocalizationManager manager(fixture.environment());
+        QSignalSpy changed(&manager, &LocalizationManager::currentLanguageChanged);
+        manager.setLanguage(AppLanguage::italian);
+        manager.setLanguage(AppLanguage::english);
+        QCOMPARE(fixture.stored().toString(), "en");
+        QCOMPARE(changed.count(), 2);
+        QCOMPARE(LocalizationManager(fixture.environment()).currentLanguage(), AppLanguage::english);
+
+        fixture.store("something else");
+        manager.setLanguage(AppLanguage::english); // the same language is stored again
+        QCOMPARE(fixture.stored().toString(), "en");
+    }
+
+    void plainTexts_data()
+    {
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("italian");
+        // The texts built from the version, and those holding characters a table of texts could break on.
+        const char *const rows[][3] = {
+            {"exportOptionsTooltip", "Export Options (v1.0)", "Opzioni di esportazione (v1.0)"},
+            {"exportSettingsSubtitle", "Kestrune • Version 1.0", "Kestrune • Versione 1.0"},
+            {"sanitizeDesc",
+             "Replaces incompatible filesystem characters (e.g. / : * ? \" < > |) with underscores to prevent write errors.",
+             "Sostituisce caratteri incompatibili (es. / : * ? \" < > |) con underscore per evitare errori di scrittura."},
+            {"languageSectionTitle", "Application Language", "Lingua dell'Applicazione"},
+            {"footerCoffee", "buy me a coffee", "buy me a coffee"},
+        };
+        for (const auto &row : rows)
+            QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
+    }
+
+    void plainTexts()
+    {
+        QFETCH(QString, english);
+        QFETCH(QString, italian);
+        const std::optional<L10n::KeyId> id = L10n::keyFromName(QString::fromLatin1(QTest::currentDataTag()));
+        QVERIFY(id && !L10n::hasPayload(*id));
+        QCOMPARE(L10n::tr(*id, AppLanguage::english), english);
+        QCOMPARE(L10n::tr(*id, AppLanguage::italian), italian);
+    }
+
+    void payloadTexts_data()
+    {
+        QTest::addColumn<L10n::Key>("key");
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("italian");
+        QTest::newRow("applyChangesButton") << L10n::Key::applyChangesButton(2) << "Apply Changes (2)" << "Applica Modifiche (2)";
+        QTest::newRow("totalCount") << L10n::Key::totalCount(1234) << "1234 total" << "1234 totali";
+        QTest::newRow("selectAll") << L10n::Key::selectAll(0) << "Select all (0)" << "Seleziona tutte (0)";
+        QTest::newRow("deleteMultiple") << L10n::Key::deleteMultiple(1) << "Delete 1 playlists" << "Elimina 1 playlist";
+        QTest::newRow("pendingDeleteBanner") << L10n::Key::pendingDeleteBanner(2) << "2 playlist(s) to delete"
+                                             << "2 playlist da eliminare";
+        QTest::newRow("tracksCount") << L10n::Key::tracksCount(-3) << "-3 tracks" << "-3 brani";
+        QTest::newRow("tracksAndDuration") << L10n::Key::tracksAndDuration(12, "45:10") << "12 tracks • 45:10"
+                                           << "12 brani • 45:10";
+        QTest::newRow("convertingProgress") << L10n::Key::convertingProgress(50) << "Converting... 50%"
+                                            << "Conversione in corso... 50%";
+        QTest::newRow("saveAndExport") << L10n::Key::saveAndExport(7) << "Save and Export (7)" << "Salva ed Esporta (7)";
+    }
+
+    void payloadTexts()
+    {
+        QFETCH(L10n::Key, key);
+        QFETCH(QString, english);
+        QFETCH(QString, italian);
+        QCOMPARE(key.translation(AppLanguage::english), english);
+        QCOMPARE(key.translation(AppLanguage::italian), italian);
+        QCOMPARE(L10n::keyName(key.id), QString::fromLatin1(QTest::currentDataTag()));
+    }
+
+    void defaultLanguageFollowsSharedManager()
+    {
+        LocalizationManager::shared().setLanguage(AppLanguage::english);
+        QCOMPARE(L10n::tr(L10n::KeyId::alertTitle), "Notice");
+        LocalizationManager::shared().setLanguage(AppLanguage::italian);
+        QCOMPARE(L10n::tr(L10n::KeyId::alertTitle), "Avviso");
+    }
+
+    void bindableTextsFollowLanguage()
+    {
+        Fixture fixture;
+        LocalizationManager manager(fixture.environment());
+        InterfaceTexts texts(manager);
+        QSignalSpy changed(&texts, &InterfaceTexts::languageChanged);
+        QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlists on iPod (Rockbox)");
+        QCOMPARE(texts.languageCode(), "en");
+
+        manager.setLanguage(AppLanguage::italian);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlist su iPod (Rockbox)");
+        QCOMPARE(texts.format(texts.languageCode(), "tracksAndDuration", 3, "1:00"), "3 brani • 1:00");
+        QCOMPARE(texts.format("en", "selectAll", 4), "Select all (4)");
+        QCOMPARE(texts.format("en", "alertTitle", 4), "alertTitle");
+        QCOMPARE(texts.format("it", "warningOverLimit", 2500, "2000"),
+                 "Rockbox su questo iPod riproduce solo i primi 2000 dei suoi 2500 brani.");
+    }
 };
-
-void TestLocalization::initTestCase()
-{
-    // Keeps the real settings store away from the user's before anything opens it.
-    QStandardPaths::setTestModeEnabled(true);
-    QSettings(QStringLiteral("Kestrune"), QStringLiteral("Kestrune")).clear();
-}
-
-void TestLocalization::languageValues()
-{
-    QCOMPARE(allAppLanguages(), (QList<AppLanguage>{AppLanguage::english, AppLanguage::italian}));
-    QCOMPARE(rawValue(AppLanguage::italian), "it");
-    QCOMPARE(displayName(AppLanguage::italian), "Italiano");
-    QCOMPARE(displayName(AppLanguage::english), "English");
-    QCOMPARE(flag(AppLanguage::english), QString::fromUtf8("\xF0\x9F\x87\xAC\xF0\x9F\x87\xA7"));
-    QCOMPARE(flag(AppLanguage::italian), QString::fromUtf8("\xF0\x9F\x87\xAE\xF0\x9F\x87\xB9"));
-    QCOMPARE(appLanguageFromRawValue("en"), std::optional(AppLanguage::english));
-    QCOMPARE(appLanguageFromRawValue("IT"), std::nullopt);
-}
-
-void TestLocalization::initialLanguage_data()
-{
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QStringList>("preferred");
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<AppLanguage>("expected");
-    QTest::addRow("system Italian first") << "" << QStringList{"it-IT", "en-US"} << "en_US" << AppLanguage::italian;
-    QTest::addRow("only the first counts") << "" << QStringList{"en-GB", "it-IT"} << "it_IT" << AppLanguage::english;
-    QTest::addRow("empty list uses the locale") << "" << QStringList{} << "it_IT" << AppLanguage::italian;
-    QTest::addRow("Swiss Italian") << "" << QStringList{"it-CH"} << "" << AppLanguage::italian;
-    QTest::addRow("upper case code") << "" << QStringList{"IT"} << "" << AppLanguage::italian;
-    QTest::addRow("anything else is English") << "" << QStringList{"fr-FR"} << "it_IT" << AppLanguage::english;
-    QTest::addRow("stored wins") << "it" << QStringList{"en-US"} << "en_US" << AppLanguage::italian;
-    QTest::addRow("stored in other case is ignored") << "IT" << QStringList{"en-US"} << "" << AppLanguage::english;
-    QTest::addRow("unknown stored value is ignored") << "fr" << QStringList{"it-IT"} << "" << AppLanguage::italian;
-}
-
-void TestLocalization::initialLanguage()
-{
-    QFETCH(QString, stored);
-    QFETCH(QStringList, preferred);
-    QFETCH(QString, locale);
-    QFETCH(AppLanguage, expected);
-    Fixture fixture;
-    fixture.preferred = preferred;
-    fixture.localeName = locale;
-    if (!stored.isEmpty())
-        fixture.store(stored);
-    const LocalizationManager manager(fixture.environment());
-    QCOMPARE(manager.currentLanguage(), expected);
-    // Choosing at start-up writes nothing, and leaves an unknown value in place.
-    QCOMPARE(fixture.stored().toString(), stored);
-}
-
-void TestLocalization::everyChangeIsStored()
-{
-    Fixture fixture;
-    LocalizationManager manager(fixture.environment());
-    QSignalSpy changed(&manager, &LocalizationManager::currentLanguageChanged);
-    manager.setLanguage(AppLanguage::italian);
-    manager.setLanguage(AppLanguage::english);
-    QCOMPARE(fixture.stored().toString(), "en");
-    QCOMPARE(changed.count(), 2);
-    QCOMPARE(LocalizationManager(fixture.environment()).currentLanguage(), AppLanguage::english);
-
-    fixture.store("something else");
-    manager.setLanguage(AppLanguage::english); // the same language is stored again
-    QCOMPARE(fixture.stored().toString(), "en");
-}
-
-void TestLocalization::plainTexts_data()
-{
-    QTest::addColumn<QString>("english");
-    QTest::addColumn<QString>("italian");
-    // The texts built from the version, and those holding characters a table of texts could break on.
-    const char *const rows[][3] = {
-        {"exportOptionsTooltip", "Export Options (v1.0)", "Opzioni di esportazione (v1.0)"},
-        {"exportSettingsSubtitle", "Kestrune • Version 1.0", "Kestrune • Versione 1.0"},
-        {"sanitizeDesc",
-         "Replaces incompatible filesystem characters (e.g. / : * ? \" < > |) with underscores to prevent write errors.",
-         "Sostituisce caratteri incompatibili (es. / : * ? \" < > |) con underscore per evitare errori di scrittura."},
-        {"languageSectionTitle", "Application Language", "Lingua dell'Applicazione"},
-        {"footerCoffee", "buy me a coffee", "buy me a coffee"},
-    };
-    for (const auto &row : rows)
-        QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
-}
-
-void TestLocalization::plainTexts()
-{
-    QFETCH(QString, english);
-    QFETCH(QString, italian);
-    const std::optional<L10n::KeyId> id = L10n::keyFromName(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(id && !L10n::hasPayload(*id));
-    QCOMPARE(L10n::tr(*id, AppLanguage::english), english);
-    QCOMPARE(L10n::tr(*id, AppLanguage::italian), italian);
-}
-
-void TestLocalization::payloadTexts_data()
-{
-    QTest::addColumn<L10n::Key>("key");
-    QTest::addColumn<QString>("english");
-    QTest::addColumn<QString>("italian");
-    QTest::newRow("applyChangesButton") << L10n::Key::applyChangesButton(2) << "Apply Changes (2)" << "Applica Modifiche (2)";
-    QTest::newRow("totalCount") << L10n::Key::totalCount(1234) << "1234 total" << "1234 totali";
-    QTest::newRow("selectAll") << L10n::Key::selectAll(0) << "Select all (0)" << "Seleziona tutte (0)";
-    QTest::newRow("deleteMultiple") << L10n::Key::deleteMultiple(1) << "Delete 1 playlists" << "Elimina 1 playlist";
-    QTest::newRow("pendingDeleteBanner") << L10n::Key::pendingDeleteBanner(2) << "2 playlist(s) to delete"
-                                         << "2 playlist da eliminare";
-    QTest::newRow("tracksCount") << L10n::Key::tracksCount(-3) << "-3 tracks" << "-3 brani";
-    QTest::newRow("tracksAndDuration") << L10n::Key::tracksAndDuration(12, "45:10") << "12 tracks • 45:10"
-                                       << "12 brani • 45:10";
-    QTest::newRow("convertingProgress") << L10n::Key::convertingProgress(50) << "Converting... 50%"
-                                        << "Conversione in corso... 50%";
-    QTest::newRow("saveAndExport") << L10n::Key::saveAndExport(7) << "Save and Export (7)" << "Salva ed Esporta (7)";
-}
-
-void TestLocalization::payloadTexts()
-{
-    QFETCH(L10n::Key, key);
-    QFETCH(QString, english);
-    QFETCH(QString, italian);
-    QCOMPARE(key.translation(AppLanguage::english), english);
-    QCOMPARE(key.translation(AppLanguage::italian), italian);
-    QCOMPARE(L10n::keyName(key.id), QString::fromLatin1(QTest::currentDataTag()));
-}
-
-void TestLocalization::defaultLanguageFollowsSharedManager()
-{
-    LocalizationManager::shared().setLanguage(AppLanguage::english);
-    QCOMPARE(L10n::tr(L10n::KeyId::alertTitle), "Notice");
-    LocalizationManager::shared().setLanguage(AppLanguage::italian);
-    QCOMPARE(L10n::tr(L10n::KeyId::alertTitle), "Avviso");
-}
-
-void TestLocalization::bindableTextsFollowLanguage()
-{
-    Fixture fixture;
-    LocalizationManager manager(fixture.environment());
-    InterfaceTexts texts(manager);
-    QSignalSpy changed(&texts, &InterfaceTexts::languageChanged);
-    QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlists on iPod (Rockbox)");
-    QCOMPARE(texts.languageCode(), "en");
-
-    manager.setLanguage(AppLanguage::italian);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlist su iPod (Rockbox)");
-    QCOMPARE(texts.format(texts.languageCode(), "tracksAndDuration", 3, "1:00"), "3 brani • 1:00");
-    QCOMPARE(texts.format("en", "selectAll", 4), "Select all (4)");
-    QCOMPARE(texts.format("en", "alertTitle", 4), "alertTitle");
-    QCOMPARE(texts.format("it", "warningOverLimit", 2500, "2000"),
-             "Rockbox su questo iPod riproduce solo i primi 2000 dei suoi 2500 brani.");
-}
 
 QTEST_GUILESS_MAIN(TestLocalization)
 #include "tst_localization.moc"
