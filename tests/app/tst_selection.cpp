@@ -202,20 +202,6 @@ private Q_SLOTS:
         QCOMPARE(m_model->currentDirectoryItemsModel()->index(1, 0).data(FileItemListModel::IsSelectedRole).toBool(), false);
     }
 
-    void derivedValuesFollowTheirSources()
-    {
-        QCOMPARE(m_model->filteredTickState(), 2);
-        m_model->togglePlaylistSelection(m_fixture->playlist("B").id);
-        QCOMPARE(m_model->filteredTickState(), 1);
-        QCOMPARE(m_model->tickedPlaylistCount(), 4);
-        m_model->deselectAllPlaylists();
-        QCOMPARE(m_model->filteredTickState(), 0);
-        QSignalSpy filesSide(m_model, &AppViewModel::fileSelectionChanged);
-        m_model->clickFileRow(1, {});
-        QCOMPARE(m_model->selectedFileCount(), 1);
-        QCOMPARE(filesSide.count(), 1);
-    }
-
 private:
     std::unique_ptr<AppFixture> m_fixture;
     AppViewModel *m_model = nullptr;

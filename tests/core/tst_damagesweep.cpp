@@ -62,12 +62,47 @@ private:
 
 } // namespace
 
-// Real databases, cut short and with bytes flipped: every parse returns a result or the right error,
-// within its work limits, and the whole sweep stays linear in the bytes parsed.
+// Real databases (written by iTunes and by another project's library) parsed whole, then cut short and
+// with bytes flipped: every parse returns a result or the right error, within its work limits, and the
+// whole sweep stays linear in the bytes parsed.
 class TestDamageSweep : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void wholeDatabases_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QList<int>>("tracksPerPlaylist"); // resolved, in order
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QList<bool>>("smart"); // a master's type-100 view settings count as a smart marker
+        QTest::addRow("old library") << QByteArray("library-5375-tracks.iTunesDB") << QList<int>{5375}
+                                     << QStringList{"iPod Library"} << QList<bool>{false};
+        QTest::addRow("podcasts") << QByteArray("podcasts-23-tracks.iTunesDB") << QList<int>{23, 15}
+                                  << QStringList{"artm", "Podcasts"} << QList<bool>{true, true};
+    }
+
+    void wholeDatabases()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QList<int>, tracksPerPlaylist);
+        QFETCH(QStringList, names);
+        QFETCH(QList<bool>, smart);
+        ParseWork work;
+        const ParseResult result = ITunesDBParser().parse(fixtureDatabase(file.constData()), &work);
+        QVERIFY(!work.capped && !result.looksTruncated);
+        QCOMPARE(result.tracks.size(), tracksPerPlaylist.first()); // the master lists every track
+        for (qsizetype i = 0; i < result.playlists.size(); ++i) {
+            const Playlist &playlist = result.playlists.at(i);
+            QCOMPARE(playlist.tracks.size(), tracksPerPlaylist.value(i));
+            QCOMPARE(playlist.name, names.value(i));
+            QCOMPARE(playlist.isSmart, smart.value(i));
+            QCOMPARE(playlist.isMaster, i == 0);
+        }
+        QCOMPARE(result.playlists.size(), names.size());
+        for (const Track &track : result.tracks)
+            QVERIFY2(!track.title.isEmpty() && track.rockboxPath().startsWith("/iPod_Control/Music/F"), qPrintable(track.rockboxPath()));
+    }
+
     void truncations()
     {
         Sweep sweep;

@@ -63,29 +63,6 @@ private Q_SLOTS:
         QCOMPARE(decodeText(bytes, encoding), std::optional<QString>(expected));
     }
 
-    void structuredChain_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<bool>("flaggedUtf8");
-        QTest::addColumn<QString>("expected");
-        QTest::addRow("utf16 by default") << QByteArray("H\0i\0", 4) << false << "Hi";
-        QTest::addRow("odd byte dropped for utf16") << QByteArray("H\0i\0!", 5) << false << "Hi";
-        QTest::addRow("utf8 when flagged") << QByteArray("Caff\xc3\xa8") << true << "Caffè";
-        QTest::addRow("invalid utf8 falls to mac roman") << QByteArray("Caf\x8e") << true << "Café";
-        QTest::addRow("neither utf16 nor utf8 falls to mac roman")
-            << QByteArray("\x00\xdc", 2) << false << QString(QChar(0)) + QChar(0x2039);
-        QTest::addRow("one byte skips utf16") << QByteArray("A") << false << "A";
-        QTest::addRow("only a BOM is not empty") << QByteArray("\xff\xfe", 2) << false << QStringLiteral("\uFEFF");
-    }
-
-    void structuredChain()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(bool, flaggedUtf8);
-        QFETCH(QString, expected);
-        QCOMPARE(decodeStructuredMhodText(bytes, flaggedUtf8), expected);
-    }
-
     void rawChain_data()
     {
         QTest::addColumn<QByteArray>("bytes");

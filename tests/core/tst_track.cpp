@@ -118,15 +118,6 @@ private Q_SLOTS:
         QVERIFY(playlist.isAlreadyOnRockbox());
     }
 
-    void parseErrorTexts()
-    {
-        QCOMPARE(ParseError::readFailed(QStringLiteral("Impossibile leggere l'header mhbd")).errorDescription(),
-                 QStringLiteral("Errore durante la lettura del database: Impossibile leggere l'header mhbd"));
-        QCOMPARE(ParseError::invalidHeader().errorDescription(),
-                 QStringLiteral("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta."));
-        QCOMPARE(ParseError::fileTooSmall().errorDescription(),
-                 QStringLiteral("Il file database è troppo piccolo o incompleto."));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestTrack)

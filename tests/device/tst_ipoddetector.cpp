@@ -108,15 +108,6 @@ private Q_SLOTS:
         QCOMPARE(unknownSpace.formattedFreeSpace(), std::nullopt);
     }
 
-    void emptyVolumesGiveNoSelection()
-    {
-        Volumes volumes;
-        QDir(volumes.dir.path()).mkdir("USB STICK");
-        const auto detector = volumes.detector();
-        QVERIFY(detector->detectedDevices().isEmpty());
-        QCOMPARE(detector->selectedDevice(), std::nullopt);
-    }
-
     void selectionFollowsMounts()
     {
         Volumes volumes;

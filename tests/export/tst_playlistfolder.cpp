@@ -79,19 +79,6 @@ private Q_SLOTS:
         QCOMPARE(scanned, expected);
     }
 
-    void listedValues()
-    {
-        QTemporaryDir tmp;
-        touch(QDir(tmp.path()), QStringLiteral("Thriller Hits.m3u8"), "12345");
-        const QList<RockboxFileItem> items = RockboxGenerator().listPlaylists(QUrl::fromLocalFile(tmp.path()));
-        QCOMPARE(items.size(), 1);
-        const RockboxFileItem &item = items.first();
-        QCOMPARE(item.baseName, QStringLiteral("Thriller Hits"));
-        QCOMPARE(item.sizeBytes, std::optional<qint64>(5));
-        QVERIFY(item.modificationDate && item.modificationDate->isValid());
-        QCOMPARE(item.id(), QDir(tmp.path()).filePath(QStringLiteral("Thriller Hits.m3u8")));
-    }
-
     void missingFolderGivesEmptyLists()
     {
         const QUrl missing = QUrl::fromLocalFile(QStringLiteral("/nonexistent/kestrune/Playlists"));

@@ -43,18 +43,6 @@ private Q_SLOTS:
         QSettings(QStringLiteral("Kestrune"), QStringLiteral("Kestrune")).clear();
     }
 
-    void languageValues()
-    {
-        QCOMPARE(allAppLanguages(), (QList<AppLanguage>{AppLanguage::english, AppLanguage::italian}));
-        QCOMPARE(rawValue(AppLanguage::italian), "it");
-        QCOMPARE(displayName(AppLanguage::italian), "Italiano");
-        QCOMPARE(displayName(AppLanguage::english), "English");
-        QCOMPARE(flag(AppLanguage::english), QString::fromUtf8("\xF0\x9F\x87\xAC\xF0\x9F\x87\xA7"));
-        QCOMPARE(flag(AppLanguage::italian), QString::fromUtf8("\xF0\x9F\x87\xAE\xF0\x9F\x87\xB9"));
-        QCOMPARE(appLanguageFromRawValue("en"), std::optional(AppLanguage::english));
-        QCOMPARE(appLanguageFromRawValue("IT"), std::nullopt);
-    }
-
     void initialLanguage_data()
     {
         QTest::addColumn<QString>("stored");
@@ -103,34 +91,6 @@ private Q_SLOTS:
         fixture.store("something else");
         manager.setLanguage(AppLanguage::english); // the same language is stored again
         QCOMPARE(fixture.stored().toString(), "en");
-    }
-
-    void plainTexts_data()
-    {
-        QTest::addColumn<QString>("english");
-        QTest::addColumn<QString>("italian");
-        // The texts built from the version, and those holding characters a table of texts could break on.
-        const char *const rows[][3] = {
-            {"exportOptionsTooltip", "Export Options (v1.0)", "Opzioni di esportazione (v1.0)"},
-            {"exportSettingsSubtitle", "Kestrune • Version 1.0", "Kestrune • Versione 1.0"},
-            {"sanitizeDesc",
-             "Replaces incompatible filesystem characters (e.g. / : * ? \" < > |) with underscores to prevent write errors.",
-             "Sostituisce caratteri incompatibili (es. / : * ? \" < > |) con underscore per evitare errori di scrittura."},
-            {"languageSectionTitle", "Application Language", "Lingua dell'Applicazione"},
-            {"footerCoffee", "buy me a coffee", "buy me a coffee"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
-    }
-
-    void plainTexts()
-    {
-        QFETCH(QString, english);
-        QFETCH(QString, italian);
-        const std::optional<L10n::KeyId> id = L10n::keyFromName(QString::fromLatin1(QTest::currentDataTag()));
-        QVERIFY(id && !L10n::hasPayload(*id));
-        QCOMPARE(L10n::tr(*id, AppLanguage::english), english);
-        QCOMPARE(L10n::tr(*id, AppLanguage::italian), italian);
     }
 
     void payloadTexts_data()
