@@ -29,6 +29,9 @@ AppViewModel::AppViewModel(Services services, QObject *parent)
 
     connect(m_languageManager, &LocalizationManager::currentLanguageChanged, this,
             &AppViewModel::languageChanged);
+    m_fileRows.setLanguage(m_languageManager->currentLanguage());
+    connect(m_languageManager, &LocalizationManager::currentLanguageChanged, this,
+            [this](AppLanguage language) { m_fileRows.setLanguage(language); });
     connect(m_detector.get(), &IPodDetector::detectedDevicesChanged, this, &AppViewModel::devicesChanged);
     connect(m_detector.get(), &IPodDetector::selectedDeviceChanged, this, &AppViewModel::devicesChanged);
     // Derived values that follow the lists and the selections.

@@ -5,7 +5,9 @@
 #include "core/FileSystemError.h"
 #include "export/ExistingFileMatching.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QPointer>
 
 namespace kestrune {
 
@@ -94,8 +96,18 @@ void AppViewModel::applyPendingChanges()
 
 void AppViewModel::showFileRowInFileManager(int row)
 {
-    if (m_fileRevealer && row >= 0 && row < m_currentDirectoryItems.size())
-        m_fileRevealer->reveal(m_currentDirectoryItems.at(row).fileURL);
+    if (!m_fileRevealer || row < 0 || row >= m_currentDirectoryItems.size())
+        return;
+    const RockboxFileItem &item = m_currentDirectoryItems.at(row);
+    const QString folder = QDir::toNativeSeparators(QFileInfo(item.fileURL.toLocalFile()).absolutePath());
+    // Said, not swallowed: the user asked for a window that did not come.
+    m_fileRevealer->reveal(item.fileURL, [self = QPointer<AppViewModel>(this), name = item.name, folder] {
+        if (self)
+            self->setErrorMessage(QStringLiteral("Impossibile mostrare '") + name +
+                                  QStringLiteral("' in un file manager: nessun programma ha risposto. Il file "
+                                                 "si trova nella cartella '") +
+                                  folder + QStringLiteral("'."));
+    });
 }
 
 void AppViewModel::pickCustomFolder()

@@ -1,8 +1,5 @@
 #include "FileItemListModel.h"
 
-#include "device/IPodDevice.h"
-
-#include <QLocale>
 
 namespace kestrune {
 
@@ -18,14 +15,14 @@ QVariant FileItemListModel::data(const QModelIndex &index, int role) const
     case IdRole:
         return row.item.id();
     case SizeTextRole:
-        return row.item.sizeBytes ? formattedByteCount(*row.item.sizeBytes) : QString();
+        return row.item.sizeBytes ? m_locale.formattedDataSize(*row.item.sizeBytes, 2, QLocale::DataSizeSIFormat)
+                                  : QString();
     case DateTextRole:
         if (!row.item.modificationDate)
             return QString();
         // Date and minutes; seconds add nothing to a file list.
-        return QLocale().toString(row.item.modificationDate->date(), QLocale::ShortFormat) +
-               QStringLiteral(", ") +
-               QLocale().toString(row.item.modificationDate->time(), QLocale::ShortFormat);
+        return m_locale.toString(row.item.modificationDate->date(), QLocale::ShortFormat) +
+               QStringLiteral(", ") + m_locale.toString(row.item.modificationDate->time(), QLocale::ShortFormat);
     case ModificationDateRole:
         return row.item.modificationDate ? QVariant(*row.item.modificationDate) : QVariant();
     case IsSelectedRole:
@@ -33,6 +30,18 @@ QVariant FileItemListModel::data(const QModelIndex &index, int role) const
     default:
         return {};
     }
+}
+
+void FileItemListModel::setLanguage(AppLanguage language)
+{
+    const QLocale::Language wanted = language == AppLanguage::italian ? QLocale::Italian : QLocale::English;
+    const QLocale system = QLocale::system();
+    const QLocale locale = system.language() == wanted ? system : QLocale(wanted);
+    if (locale == m_locale)
+        return;
+    m_locale = locale;
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1), {SizeTextRole, DateTextRole});
 }
 
 QHash<int, QByteArray> FileItemListModel::roleNames() const

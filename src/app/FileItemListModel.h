@@ -2,6 +2,9 @@
 
 #include "RowListModel.h"
 #include "export/RockboxFileItem.h"
+#include "localization/AppLanguage.h"
+
+#include <QLocale>
 
 namespace kestrune {
 
@@ -32,6 +35,13 @@ public:
 
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    // Sizes and dates follow the interface language: in the system's own formats when the system speaks
+    // it, else in the language's usual ones.
+    void setLanguage(AppLanguage language);
+
+private:
+    QLocale m_locale;
 };
 
 } // namespace kestrune

@@ -28,7 +28,7 @@ public:
 
 class RecordingRevealer : public FileRevealer {
 public:
-    void reveal(const QUrl &fileURL) override { revealed.append(fileURL); }
+    void reveal(const QUrl &fileURL, std::function<void()> /*failed*/) override { revealed.append(fileURL); }
     QList<QUrl> revealed;
 };
 

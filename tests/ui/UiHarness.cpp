@@ -1,6 +1,7 @@
 #include "UiHarness.h"
 
 #include "KestruneApp.h"
+#include "platform/DesktopFileRevealer.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -47,6 +48,7 @@ void prepareHeadlessGui()
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("LC_ALL", "C"); // the same formats on every machine
     QStandardPaths::setTestModeEnabled(true);
     QQuickStyle::setStyle(QStringLiteral("Basic"));
 }
@@ -84,6 +86,9 @@ void UiHarness::start(int width, int height)
 {
     m_model = std::make_unique<AppViewModel>(AppViewModel::Services{
         .detector = {entriesOfFolder(volumesPath()), [](const QString &) { return VolumeInfo{}; }, nullptr},
+        .folderPicker = m_folderPicker,
+        // The real revealer, on a bus that is not there and with no folder opener: it can only fail.
+        .fileRevealer = std::make_shared<DesktopFileRevealer>(QStringLiteral("unix:path=/nonexistent/bus")),
         .generator = RockboxGenerator(DotFileCleaner(QString()))});
     m_model->setSuccessFeedbackDuration(300);
     m_engine = std::make_unique<QQmlApplicationEngine>();

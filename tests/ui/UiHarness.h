@@ -11,6 +11,17 @@
 
 namespace kestrune::testing {
 
+// Remembers how often a folder was asked for and never picks one.
+class CountingFolderPicker : public FolderPicker {
+public:
+    std::optional<QUrl> pickFolder(const FolderPickerRequest & /*request*/) override
+    {
+        ++requests;
+        return std::nullopt;
+    }
+    int requests = 0;
+};
+
 // The real window over a model whose devices are the entries of a temporary folder.
 class UiHarness {
 public:
@@ -23,6 +34,7 @@ public:
     void start(int width = 1120, int height = 720);
 
     [[nodiscard]] AppViewModel &model() { return *m_model; }
+    [[nodiscard]] CountingFolderPicker &folderPicker() { return *m_folderPicker; }
     [[nodiscard]] QQuickWindow *window() const { return m_window; }
     [[nodiscard]] QString volumesPath() const { return m_dir.filePath(QStringLiteral("Volumes")); }
 
@@ -37,12 +49,14 @@ public:
 
 private:
     QTemporaryDir m_dir;
+    std::shared_ptr<CountingFolderPicker> m_folderPicker = std::make_shared<CountingFolderPicker>();
     std::unique_ptr<AppViewModel> m_model;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QQuickWindow *m_window = nullptr;
 };
 
-// Offscreen, software-rendered, with a language store apart from the user's. Call before the application.
+// Offscreen, software-rendered, in the C locale, with a language store apart from the user's. Call before
+// the application.
 void prepareHeadlessGui();
 
 } // namespace kestrune::testing

@@ -1,4 +1,5 @@
-// Renders the window to PNG files in both languages and several states, for the README and for review.
+// Renders the window to PNG files in both languages and several states, the smallest size among them, for
+// the README and for review.
 // Usage: kestrune-screenshots OUTPUT_DIR
 #include "UiHarness.h"
 #include "localization/LocalizationManager.h"
@@ -63,6 +64,8 @@ void shootLanguage(const QDir &out, AppLanguage language)
         ui.model().clickFileRow(1, Qt::ControlModifier);
         ui.model().stageSelectedFiles();
         save(ui, out, QStringLiteral("pending-") + code);
+        ui.window()->resize(920, 580); // the smallest the window goes, where the Italian texts are tightest
+        save(ui, out, QStringLiteral("minimum-") + code);
     }
     {
         UiHarness ui;

@@ -8,11 +8,14 @@ Item {
 
     required property var viewModel
 
+    function focusSearch() { itunesView.focusSearch() }
+
     RowLayout {
         anchors.fill: parent
         spacing: 0
 
         GlassCard {
+            objectName: "rockboxCard"
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.minimumWidth: 440
@@ -33,6 +36,7 @@ Item {
             color: Theme.divider
         }
         GlassCard {
+            objectName: "itunesCard"
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.minimumWidth: 400
@@ -41,6 +45,7 @@ Item {
             Layout.leftMargin: 6
             padding: 0
             ITunesPlaylistsView {
+                id: itunesView
                 anchors.fill: parent
                 viewModel: content.viewModel
             }

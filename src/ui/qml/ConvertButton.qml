@@ -13,6 +13,10 @@ AbstractButton {
 
     objectName: "convertButton"
     implicitHeight: 40
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    text: label.text
+    Accessible.name: text
     enabled: !nothingTicked && !converting
     onClicked: viewModel.convertSelectedPlaylists()
 
@@ -29,8 +33,15 @@ AbstractButton {
                 color: button.succeeded ? "#34c759" : (!button.enabled && !button.converting ? "#d1d1d6" : "#3d9bff")
             }
         }
-        opacity: button.pressed ? 0.85 : 1.0
+        // Lighter under the pointer, darker while pressed.
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            visible: button.enabled && (button.hovered || button.pressed)
+            color: button.pressed ? Qt.rgba(0, 0, 0, 0.16) : Qt.rgba(1, 1, 1, 0.16)
+        }
     }
+    FocusRing {}
     contentItem: Item {
         Row {
             anchors.centerIn: parent

@@ -63,6 +63,7 @@ Popup {
             }
         }
         GlassSwitch {
+            Accessible.name: toggle.title
             checked: toggle.checked
             onToggled: toggle.toggled(checked)
             Layout.alignment: Qt.AlignTop
@@ -147,6 +148,8 @@ Popup {
                             font.family: Theme.fontFamily
                             font.pixelSize: Theme.smallText
                             onClicked: sheet.viewModel.pickDestinationFolder()
+                            Accessible.name: text
+                            FocusRing { outset: 2 }
                             background: Rectangle {
                                 implicitHeight: 32
                                 radius: 8
@@ -198,6 +201,7 @@ Popup {
                     SectionTitle { text: Texts.texts.customPrefixTitle }
                     TextField {
                         objectName: "prefixField"
+                        Accessible.name: Texts.texts.customPrefixTitle
                         Layout.fillWidth: true
                         Layout.preferredHeight: 30
                         background: Rectangle {
@@ -236,6 +240,8 @@ Popup {
                 font.family: Theme.fontFamily
                 font.pixelSize: 12
                 onClicked: sheet.close()
+                Accessible.name: text
+                FocusRing { outset: 2 }
                 background: Rectangle {
                     implicitHeight: 30
                     radius: height / 2
@@ -252,6 +258,8 @@ Popup {
                 font.family: Theme.fontFamily
                 font.pixelSize: 12
                 font.weight: Font.DemiBold
+                Accessible.name: text
+                FocusRing { outset: 2 }
                 onClicked: {
                     sheet.close()
                     sheet.viewModel.convertSelectedPlaylists()

@@ -7,6 +7,7 @@ Item {
 
     property real cornerRadius: 14
     property real padding: 12
+    property color fill: Theme.glassFill
     default property alias content: inner.data
 
     // The soft shadow, drawn as a few widening translucent layers.
@@ -33,13 +34,14 @@ Item {
             anchors.fill: parent
             anchors.margins: 1
             radius: card.cornerRadius - 1
-            color: Theme.glassFill
+            color: card.fill
             border.width: 1
             border.color: Qt.rgba(0, 0, 0, 0.04)
         }
     }
     Item {
         id: inner
+        objectName: "cardContent"
         anchors.fill: parent
         anchors.margins: card.padding
     }

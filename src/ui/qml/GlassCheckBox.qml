@@ -35,4 +35,5 @@ CheckBox {
         leftPadding: box.indicator.width + box.spacing
         verticalAlignment: Text.AlignVCenter
     }
+    FocusRing { outset: 2; radius: 5 }
 }

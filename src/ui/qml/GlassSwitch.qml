@@ -28,4 +28,5 @@ Switch {
         }
     }
     contentItem: null
+    FocusRing { outset: 2; radius: 12 }
 }

@@ -21,6 +21,11 @@ Item {
 
     implicitHeight: 50
     objectName: "playlistRow_" + name
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: name
+    Accessible.description: Texts.texts.accessibleTick
+    Accessible.checkable: true
+    Accessible.checked: isTicked
 
     GlassCapsule {
         anchors.fill: parent
@@ -28,6 +33,12 @@ Item {
         anchors.bottomMargin: 2
         isSelected: row.isTicked
         hovered: rowArea.containsMouse
+        pressed: rowArea.pressed
+    }
+    FocusRing {
+        shown: row.ListView.isCurrentItem && row.ListView.view.activeFocus
+        outset: -1
+        radius: 10
     }
     MouseArea {
         id: rowArea
@@ -41,12 +52,13 @@ Item {
         anchors.rightMargin: 10
         spacing: 10
 
-        SymbolIcon {
+        // Both faces stay loaded and only swap, so the tick changes in the frame of the click.
+        Item {
             objectName: "tick"
-            symbol: row.isTicked ? "checkmark.circle.fill" : "circle"
-            size: 15
-            color: row.isTicked ? Theme.accent : Theme.secondaryText
-            opacity: row.isTicked ? 1.0 : 0.7
+            implicitWidth: 15
+            implicitHeight: 15
+            SymbolIcon { visible: row.isTicked; symbol: "checkmark.circle.fill"; size: 15; color: Theme.accent }
+            SymbolIcon { visible: !row.isTicked; symbol: "circle"; size: 15; color: Theme.secondaryText; opacity: 0.7 }
             MouseArea {
                 anchors.fill: parent
                 anchors.margins: -6

@@ -9,7 +9,13 @@ Item {
 
     required property var viewModel
 
+    function focusSearch() {
+        searchField.forceActiveFocus(Qt.ShortcutFocusReason)
+        searchField.selectAll()
+    }
+
     ColumnLayout {
+        objectName: "paneContent"
         anchors.fill: parent
         anchors.margins: 16
         spacing: 10
@@ -46,6 +52,7 @@ Item {
             border.width: 1
             border.color: searchField.activeFocus ? Qt.rgba(Theme.accent.r, Theme.accent.g, Theme.accent.b, 0.6)
                                                   : Qt.rgba(0, 0, 0, 0.08)
+            FocusRing { shown: searchField.activeFocus; outset: 2; radius: 11 }
             RowLayout {
                 anchors.fill: parent
                 anchors.leftMargin: 10
@@ -66,18 +73,27 @@ Item {
                     background: null
                     leftPadding: 0
                     rightPadding: 0
+                    Accessible.name: Texts.texts.searchPlaceholder
+                    // Escape empties the search first; with nothing typed it goes on to the window.
+                    Keys.onEscapePressed: event => {
+                        event.accepted = text.length > 0
+                        pane.viewModel.searchText = ""
+                    }
                 }
-                SymbolIcon {
+                AbstractButton {
+                    id: clearSearch
                     objectName: "clearSearchButton"
                     visible: pane.viewModel.searchText.length > 0
-                    symbol: "xmark.circle.fill"
-                    size: 13
-                    color: Theme.secondaryText
-                    MouseArea {
-                        anchors.fill: parent
-                        anchors.margins: -4
-                        onClicked: pane.viewModel.searchText = ""
+                    implicitWidth: 17
+                    implicitHeight: 17
+                    focusPolicy: Qt.StrongFocus
+                    // The search field's clear button is its "cancel" button, as the platform calls it.
+                    Accessible.name: Texts.texts.cancelButton
+                    onClicked: pane.viewModel.searchText = ""
+                    contentItem: Item {
+                        SymbolIcon { anchors.centerIn: parent; symbol: "xmark.circle.fill"; size: 13; color: Theme.secondaryText }
                     }
+                    FocusRing { outset: 1; radius: 9 }
                 }
             }
         }
@@ -88,6 +104,7 @@ Item {
             spacing: 8
             GlassCheckBox {
                 objectName: "smartOnlyToggle"
+                Accessible.name: text
                 text: Texts.texts.filterSmartOnly
                 checked: pane.viewModel.onlySmartPlaylists
                 onToggled: pane.viewModel.onlySmartPlaylists = checked
@@ -100,6 +117,14 @@ Item {
                 objectName: "selectAllPlaylistsButton"
                 readonly property int tickState: pane.viewModel.filteredTickState
                 visible: pane.viewModel.filteredPlaylistCount > 0
+                focusPolicy: Qt.StrongFocus
+                text: tickState === 2 ? Texts.texts.deselectAll
+                                      : Texts.format(Texts.languageCode, "selectAll", pane.viewModel.filteredPlaylistCount)
+                Accessible.role: Accessible.CheckBox
+                Accessible.checkable: true
+                Accessible.checked: tickState === 2
+                Accessible.name: text
+                FocusRing { outset: 2; radius: 5 }
                 onClicked: tickState === 2 ? pane.viewModel.deselectAllPlaylists() : pane.viewModel.selectAllPlaylists()
                 contentItem: Row {
                     spacing: 5
@@ -111,8 +136,7 @@ Item {
                         anchors.verticalCenter: parent.verticalCenter
                     }
                     Text {
-                        text: selectAll.tickState === 2 ? Texts.texts.deselectAll
-                                                    : Texts.format(Texts.languageCode, "selectAll", pane.viewModel.filteredPlaylistCount)
+                        text: selectAll.text
                         color: Theme.primaryText
                         font.family: Theme.fontFamily
                         font.pixelSize: Theme.smallText
@@ -190,7 +214,20 @@ Item {
                 spacing: 2
                 model: pane.viewModel.filteredPlaylistsModel
                 boundsBehavior: Flickable.StopAtBounds
+                // Delegates are made as they come into view: one made ahead of time outlives a list that
+                // shrinks meanwhile (a search, another device), and Qt then warns while cancelling it.
+                cacheBuffer: 0
                 ScrollBar.vertical: ScrollBar {}
+                // One stop in the Tab chain: the arrows move between playlists, Space ticks one and Return
+                // clicks it.
+                activeFocusOnTab: true
+                keyNavigationEnabled: true
+                Accessible.role: Accessible.List
+                Accessible.name: Texts.texts.itunesHeader
+                onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0) currentIndex = 0
+                Keys.onSpacePressed: if (currentItem) pane.viewModel.togglePlaylistSelection(currentItem.playlistId)
+                Keys.onReturnPressed: event => pane.viewModel.clickPlaylistRow(currentIndex, event.modifiers)
+                Keys.onEnterPressed: event => pane.viewModel.clickPlaylistRow(currentIndex, event.modifiers)
                 delegate: ITunesPlaylistRow {
                     width: list.width
                     viewModel: pane.viewModel

@@ -60,6 +60,7 @@ ApplicationWindow {
     }
 
     ContentView {
+        id: content
         anchors.fill: parent
         anchors.margins: 6
         viewModel: window.viewModel
@@ -77,11 +78,14 @@ ApplicationWindow {
         anchors.centerIn: Overlay.overlay
         width: Math.min(420, window.width - 80)
         modal: true
+        focus: true
         title: Texts.texts.alertTitle
         closePolicy: Popup.CloseOnEscape
+        onOpened: okButton.forceActiveFocus(Qt.PopupFocusReason) // Space and Return answer at once
         onClosed: window.viewModel.errorMessage = ""
         Overlay.modal: Rectangle { color: Qt.rgba(0.1, 0.12, 0.18, 0.25) }
-        background: GlassCard { cornerRadius: 14; padding: 0 }
+        // Opaque: the message must read clearly over whatever the panes show.
+        background: GlassCard { objectName: "alertBackground"; cornerRadius: 14; padding: 0; fill: Theme.opaqueFill }
         header: Text {
             text: alert.title
             padding: 18
@@ -98,15 +102,35 @@ ApplicationWindow {
             color: Theme.primaryText
             font.family: Theme.fontFamily
             font.pixelSize: Theme.bodyText
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: text
         }
         footer: DialogButtonBox {
             background: null
             Button {
+                id: okButton
                 objectName: "alertOkButton"
+                focus: true
                 text: Texts.texts.alertOk
                 DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+                Accessible.name: text
+                Keys.onReturnPressed: alert.close()
+                Keys.onEnterPressed: alert.close()
+                FocusRing { outset: 2 }
             }
         }
+    }
+
+    // The window's keys; a modal sheet or the alert blocks them while it is open.
+    Shortcut { sequence: "Ctrl+F"; onActivated: content.focusSearch() }
+    Shortcut { sequence: "Ctrl+O"; onActivated: window.viewModel.pickCustomFolder() }
+    Shortcut { sequence: "F5"; onActivated: window.viewModel.rescanDevices() }
+    Shortcut { sequence: "Ctrl+Q"; onActivated: Qt.quit() }
+    Shortcut {
+        // Text fields keep Delete for themselves.
+        sequence: "Delete"
+        enabled: window.viewModel.selectedFileCount > 0
+        onActivated: window.viewModel.stageSelectedFiles()
     }
 
     Connections {
@@ -117,9 +141,12 @@ ApplicationWindow {
             else
                 settingsSheet.close()
         }
+        // The alert shows exactly while there is a message: a message cleared elsewhere closes it.
         function onErrorMessageChanged() {
             if (window.viewModel.errorMessage.length > 0)
                 alert.open()
+            else
+                alert.close()
         }
     }
 }

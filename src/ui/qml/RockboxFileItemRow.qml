@@ -15,8 +15,14 @@ Item {
     required property bool isSelected
     required property var viewModel
 
+    function openContextMenu() { contextMenu.popup(row, 40, row.height / 2) }
+
     implicitHeight: 48
     objectName: "fileRow_" + name
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: name
+    Accessible.checkable: true
+    Accessible.checked: isSelected
 
     GlassCapsule {
         anchors.fill: parent
@@ -24,6 +30,12 @@ Item {
         anchors.bottomMargin: 2
         isSelected: row.isSelected
         hovered: rowArea.containsMouse
+        pressed: rowArea.pressed
+    }
+    FocusRing {
+        shown: row.ListView.isCurrentItem && row.ListView.view.activeFocus
+        outset: -1
+        radius: 10
     }
     MouseArea {
         id: rowArea
@@ -43,11 +55,13 @@ Item {
         anchors.rightMargin: 10
         spacing: 10
 
-        SymbolIcon {
+        // Both faces stay loaded and only swap, so the box changes in the frame of the click.
+        Item {
             objectName: "checkBox"
-            symbol: row.isSelected ? "checkmark.square.fill" : "square"
-            size: 15
-            color: row.isSelected ? Theme.accent : Theme.secondaryText
+            implicitWidth: 15
+            implicitHeight: 15
+            SymbolIcon { visible: row.isSelected; symbol: "checkmark.square.fill"; size: 15; color: Theme.accent }
+            SymbolIcon { visible: !row.isSelected; symbol: "square"; size: 15; color: Theme.secondaryText }
             MouseArea {
                 anchors.fill: parent
                 anchors.margins: -6
@@ -79,6 +93,7 @@ Item {
                 font.weight: Font.Medium
             }
             Text {
+                objectName: "fileDetails"
                 Layout.fillWidth: true
                 visible: text.length > 0
                 text: [row.sizeText, row.dateText].filter(part => part.length > 0).join("  •  ")
@@ -89,17 +104,20 @@ Item {
             }
         }
     }
-    Menu {
+    GlassMenu {
         id: contextMenu
-        MenuItem {
+        objectName: "fileContextMenu"
+        GlassMenuItem {
+            objectName: "showInFinderItem"
             text: Texts.texts.showInFinder
             onTriggered: row.viewModel.showFileRowInFileManager(row.index)
         }
-        MenuSeparator {}
-        MenuItem {
+        GlassMenuSeparator {}
+        GlassMenuItem {
+            objectName: "deleteFromRockboxItem"
             text: Texts.texts.deleteFromRockbox
-            icon.source: "icons/trash.svg"
-            icon.color: Theme.red
+            symbol: "trash"
+            destructive: true
             onTriggered: row.viewModel.stageFileRow(row.index)
         }
     }

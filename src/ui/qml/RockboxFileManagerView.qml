@@ -11,6 +11,7 @@ Item {
     required property var viewModel
 
     ColumnLayout {
+        objectName: "paneContent"
         anchors.fill: parent
         anchors.margins: 16
         spacing: 10
@@ -24,15 +25,21 @@ Item {
                 objectName: "deviceMenuButton"
                 Layout.fillWidth: true
                 implicitHeight: 34
+                focusPolicy: Qt.StrongFocus
+                hoverEnabled: true
+                text: pane.viewModel.selectedDeviceName.length > 0 ? pane.viewModel.selectedDeviceName
+                                                                    : Texts.texts.deviceSelectorPrompt
+                Accessible.role: Accessible.ButtonMenu
+                Accessible.name: text
                 onClicked: deviceMenu.open()
-                background: GlassCapsule { hovered: deviceButton.hovered; radius: 9 }
+                background: GlassCapsule { hovered: deviceButton.hovered; pressed: deviceButton.pressed || deviceMenu.visible; radius: 9 }
+                FocusRing {}
                 contentItem: RowLayout {
                     spacing: 8
                     SymbolIcon { symbol: "ipod"; size: 15; color: Theme.accent; Layout.leftMargin: 10 }
                     Text {
                         Layout.fillWidth: true
-                        text: pane.viewModel.selectedDeviceName.length > 0 ? pane.viewModel.selectedDeviceName
-                                                                            : Texts.texts.deviceSelectorPrompt
+                        text: deviceButton.text
                         elide: Text.ElideRight
                         color: Theme.primaryText
                         font.family: Theme.fontFamily
@@ -41,11 +48,11 @@ Item {
                     }
                     SymbolIcon { symbol: "chevron.down"; size: 11; color: Theme.secondaryText; Layout.rightMargin: 10 }
                 }
-                Menu {
+                GlassMenu {
                     id: deviceMenu
                     objectName: "deviceMenu"
                     y: deviceButton.height + 4
-                    MenuItem {
+                    GlassMenuItem {
                         visible: pane.viewModel.detectedDeviceNames.length === 0
                         height: visible ? implicitHeight : 0
                         enabled: false
@@ -53,7 +60,7 @@ Item {
                     }
                     Instantiator {
                         model: pane.viewModel.detectedDeviceNames
-                        delegate: MenuItem {
+                        delegate: GlassMenuItem {
                             required property int index
                             required property string modelData
                             text: modelData
@@ -64,15 +71,15 @@ Item {
                         onObjectAdded: (index, object) => deviceMenu.insertItem(index + 1, object)
                         onObjectRemoved: (index, object) => deviceMenu.removeItem(object)
                     }
-                    MenuSeparator {}
-                    MenuItem {
+                    GlassMenuSeparator {}
+                    GlassMenuItem {
                         text: Texts.texts.deviceSelectorOpenFolder
-                        icon.source: "icons/folder-plus.svg"
+                        symbol: "folder.badge.plus"
                         onTriggered: pane.viewModel.pickCustomFolder()
                     }
-                    MenuItem {
+                    GlassMenuItem {
                         text: Texts.texts.deviceSelectorRescan
-                        icon.source: "icons/arrow-clockwise.svg"
+                        symbol: "arrow.clockwise"
                         onTriggered: pane.viewModel.rescanDevices()
                     }
                 }
@@ -82,8 +89,13 @@ Item {
                 objectName: "exportOptionsButton"
                 implicitWidth: 34
                 implicitHeight: 34
+                focusPolicy: Qt.StrongFocus
+                hoverEnabled: true
+                Accessible.role: Accessible.Button
+                Accessible.name: Texts.texts.exportOptionsTooltip
                 onClicked: pane.viewModel.showExportSettings = true
-                background: GlassCapsule { hovered: optionsButton.hovered; radius: 9 }
+                background: GlassCapsule { hovered: optionsButton.hovered; pressed: optionsButton.pressed; radius: 9 }
+                FocusRing {}
                 contentItem: Item {
                     SymbolIcon { anchors.centerIn: parent; symbol: "slider.horizontal.3"; size: 15; color: Theme.secondaryText }
                 }
@@ -127,7 +139,15 @@ Item {
                 implicitHeight: Math.max(22, implicitContentHeight + topPadding + bottomPadding)
                 id: selectAllFiles
                 objectName: "selectAllFilesButton"
+                focusPolicy: Qt.StrongFocus
+                text: pane.viewModel.allFilesSelected ? Texts.texts.deselectAll
+                                                      : Texts.format(Texts.languageCode, "selectAll", pane.viewModel.fileCount)
+                Accessible.role: Accessible.CheckBox
+                Accessible.checkable: true
+                Accessible.checked: pane.viewModel.allFilesSelected
+                Accessible.name: text
                 onClicked: pane.viewModel.toggleAllPlaylistFilesSelection()
+                FocusRing { outset: 2; radius: 5 }
                 contentItem: Row {
                     spacing: 5
                     SymbolIcon {
@@ -139,8 +159,7 @@ Item {
                         anchors.verticalCenter: parent.verticalCenter
                     }
                     Text {
-                        text: pane.viewModel.allFilesSelected ? Texts.texts.deselectAll
-                                                              : Texts.format(Texts.languageCode, "selectAll", pane.viewModel.fileCount)
+                        text: selectAllFiles.text
                         color: Theme.primaryText
                         font.family: Theme.fontFamily
                         font.pixelSize: Theme.smallText
@@ -155,7 +174,11 @@ Item {
                 implicitHeight: Math.max(22, implicitContentHeight + topPadding + bottomPadding)
                 objectName: "deleteSelectedButton"
                 visible: pane.viewModel.selectedFileCount > 0
+                focusPolicy: Qt.StrongFocus
+                text: Texts.texts.deleteButton
+                Accessible.name: text
                 onClicked: pane.viewModel.stageSelectedFiles()
+                FocusRing { outset: 2; radius: 5 }
                 contentItem: Row {
                     spacing: 5
                     SymbolIcon { symbol: "trash"; size: 12; color: Theme.red; anchors.verticalCenter: parent.verticalCenter }
@@ -175,13 +198,14 @@ Item {
         Rectangle {
             objectName: "pendingBanner"
             Layout.fillWidth: true
-            Layout.preferredHeight: 44
+            Layout.preferredHeight: Math.max(44, bannerRow.implicitHeight + 12)
             visible: pane.viewModel.pendingActionCount > 0
             radius: 10
             color: Qt.rgba(Theme.orange.r, Theme.orange.g, Theme.orange.b, 0.12)
             border.width: 1
             border.color: Qt.rgba(Theme.orange.r, Theme.orange.g, Theme.orange.b, 0.35)
             RowLayout {
+                id: bannerRow
                 anchors.fill: parent
                 anchors.leftMargin: 10
                 anchors.rightMargin: 6
@@ -191,7 +215,9 @@ Item {
                     objectName: "pendingBannerText"
                     Layout.fillWidth: true
                     text: Texts.format(Texts.languageCode, "pendingDeleteBanner", pane.viewModel.pendingActionCount)
-                    elide: Text.ElideRight
+                    wrapMode: Text.WordWrap
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                     color: Theme.primaryText
                     font.family: Theme.fontFamily
                     font.pixelSize: Theme.smallText
@@ -203,7 +229,9 @@ Item {
                     text: Texts.texts.cancelButton
                     font.family: Theme.fontFamily
                     font.pixelSize: Theme.smallText
+                    Accessible.name: text
                     onClicked: pane.viewModel.discardPendingActions()
+                    FocusRing { outset: 1 }
                 }
                 Button {
                     id: applyButton
@@ -212,7 +240,9 @@ Item {
                     font.family: Theme.fontFamily
                     font.pixelSize: Theme.smallText
                     font.weight: Font.DemiBold
+                    Accessible.name: text
                     onClicked: pane.viewModel.applyPendingChanges()
+                    FocusRing { outset: 2 }
                     contentItem: Text {
                         text: applyButton.text
                         font: applyButton.font
@@ -238,7 +268,27 @@ Item {
                 spacing: 2
                 model: pane.viewModel.currentDirectoryItemsModel
                 boundsBehavior: Flickable.StopAtBounds
+                // Delegates are made as they come into view: one made ahead of time outlives a list that
+                // shrinks meanwhile, and Qt then warns while cancelling it.
+                cacheBuffer: 0
                 ScrollBar.vertical: ScrollBar {}
+                // One stop in the Tab chain: the arrows move between files, Space ticks one, Return clicks
+                // it, and the menu key opens its context menu.
+                activeFocusOnTab: true
+                keyNavigationEnabled: true
+                Accessible.role: Accessible.List
+                Accessible.name: Texts.texts.rockboxHeader
+                onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0) currentIndex = 0
+                Keys.onSpacePressed: if (currentItem) pane.viewModel.toggleFileItemSelection(currentItem.fileId)
+                Keys.onReturnPressed: event => pane.viewModel.clickFileRow(currentIndex, event.modifiers)
+                Keys.onEnterPressed: event => pane.viewModel.clickFileRow(currentIndex, event.modifiers)
+                Keys.onPressed: event => {
+                    const menuKey = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier))
+                    if (menuKey && currentItem) {
+                        currentItem.openContextMenu()
+                        event.accepted = true
+                    }
+                }
                 delegate: RockboxFileItemRow {
                     width: list.width
                     viewModel: pane.viewModel
@@ -277,59 +327,78 @@ Item {
             }
         }
 
-        // Footer.
+        // Footer: the product and the language menu, then the credit line, which moves under them when the
+        // pane is too narrow for one line.
         Rectangle { Layout.fillWidth: true; Layout.preferredHeight: 1; color: Theme.divider }
-        RowLayout {
+        GridLayout {
+            id: footer
+            objectName: "footer"
             Layout.fillWidth: true
-            spacing: 10
-            Text {
-                text: "Kestrune"
-                color: Theme.secondaryText
-                opacity: 0.85
-                font.family: Theme.fontFamily
-                font.pixelSize: Theme.smallText
-                font.weight: Font.DemiBold
-            }
-            AbstractButton {
-                implicitWidth: implicitContentWidth + leftPadding + rightPadding
-                implicitHeight: Math.max(22, implicitContentHeight + topPadding + bottomPadding)
-                id: languageButton
-                objectName: "languageMenuButton"
-                onClicked: languageMenu.open()
-                ToolTip.visible: hovered
-                ToolTip.delay: 500
-                ToolTip.text: Texts.texts.languageSectionTitle
-                contentItem: Row {
-                    spacing: 4
-                    SymbolIcon { symbol: "globe"; size: 12; color: Theme.secondaryText; anchors.verticalCenter: parent.verticalCenter }
-                    Text {
-                        text: Texts.languageCode.toUpperCase()
-                        color: Theme.secondaryText
-                        font.family: Theme.fontFamily
-                        font.pixelSize: Theme.smallText
-                        font.weight: Font.DemiBold
-                        anchors.verticalCenter: parent.verticalCenter
-                    }
+            // Measured on the pane, not on itself: a two-column grid is never narrower than its line.
+            columns: parent.width >= brand.implicitWidth + credits.implicitWidth + columnSpacing ? 2 : 1
+            columnSpacing: 10
+            rowSpacing: 4
+            RowLayout {
+                id: brand
+                Layout.fillWidth: true
+                spacing: 10
+                Text {
+                    text: "Kestrune"
+                    color: Theme.secondaryText
+                    opacity: 0.85
+                    font.family: Theme.fontFamily
+                    font.pixelSize: Theme.smallText
+                    font.weight: Font.DemiBold
                 }
-                Menu {
-                    id: languageMenu
-                    objectName: "languageMenu"
-                    y: -implicitHeight - 4
-                    Repeater {
-                        model: Texts.languages
-                        MenuItem {
-                            required property var modelData
-                            objectName: "languageItem_" + modelData.code
-                            text: modelData.flag + " " + modelData.displayName
-                            checkable: true
-                            checked: Texts.languageCode === modelData.code
-                            onTriggered: Texts.setLanguage(modelData.code)
+                AbstractButton {
+                    id: languageButton
+                    objectName: "languageMenuButton"
+                    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+                    implicitHeight: Math.max(22, implicitContentHeight + topPadding + bottomPadding)
+                    focusPolicy: Qt.StrongFocus
+                    hoverEnabled: true
+                    Accessible.role: Accessible.ButtonMenu
+                    Accessible.name: Texts.texts.languageSectionTitle
+                    onClicked: languageMenu.open()
+                    // Never over the open menu, which comes up where the tip would.
+                    ToolTip.visible: hovered && !languageMenu.visible
+                    ToolTip.delay: 500
+                    ToolTip.text: Texts.texts.languageSectionTitle
+                    FocusRing { outset: 2; radius: 5 }
+                    contentItem: Row {
+                        spacing: 4
+                        SymbolIcon { symbol: "globe"; size: 12; color: Theme.secondaryText; anchors.verticalCenter: parent.verticalCenter }
+                        Text {
+                            text: Texts.languageCode.toUpperCase()
+                            color: languageButton.hovered ? Theme.primaryText : Theme.secondaryText
+                            font.family: Theme.fontFamily
+                            font.pixelSize: Theme.smallText
+                            font.weight: Font.DemiBold
+                            anchors.verticalCenter: parent.verticalCenter
+                        }
+                    }
+                    GlassMenu {
+                        id: languageMenu
+                        objectName: "languageMenu"
+                        y: -height - 4
+                        Repeater {
+                            model: Texts.languages
+                            GlassMenuItem {
+                                required property var modelData
+                                objectName: "languageItem_" + modelData.code
+                                text: modelData.flag + " " + modelData.displayName
+                                checkable: true
+                                checked: Texts.languageCode === modelData.code
+                                onTriggered: Texts.setLanguage(modelData.code)
+                            }
                         }
                     }
                 }
+                Item { Layout.fillWidth: true }
             }
-            Item { Layout.fillWidth: true }
             Row {
+                id: credits
+                Layout.alignment: footer.columns === 2 ? Qt.AlignRight | Qt.AlignVCenter : Qt.AlignLeft | Qt.AlignVCenter
                 spacing: 4
                 Text {
                     text: Texts.texts.footerMadeWith
@@ -346,34 +415,21 @@ Item {
                     font.pixelSize: Theme.smallText
                     anchors.verticalCenter: parent.verticalCenter
                 }
-                Text {
+                LinkButton {
+                    objectName: "creditLink"
                     text: "the Kestrune contributors"
-                    color: Theme.accent
-                    font.family: Theme.fontFamily
-                    font.pixelSize: Theme.smallText
-                    font.underline: true
+                    underline: true
+                    target: AppInfo.homePage
                     anchors.verticalCenter: parent.verticalCenter
-                    MouseArea {
-                        anchors.fill: parent
-                        cursorShape: Qt.PointingHandCursor
-                        onClicked: Qt.openUrlExternally(AppInfo.homePage)
-                    }
                 }
-            }
-            Row {
-                spacing: 4
-                SymbolIcon { symbol: "cup.and.saucer.fill"; size: 11; color: Theme.orange; anchors.verticalCenter: parent.verticalCenter }
-                Text {
+                Item { width: 6; height: 1 }
+                LinkButton {
+                    objectName: "coffeeLink"
                     text: Texts.texts.footerCoffee
-                    color: Theme.accent
-                    font.family: Theme.fontFamily
-                    font.pixelSize: Theme.smallText
+                    symbol: "cup.and.saucer.fill"
+                    symbolColor: Theme.orange
+                    target: AppInfo.homePage
                     anchors.verticalCenter: parent.verticalCenter
-                    MouseArea {
-                        anchors.fill: parent
-                        cursorShape: Qt.PointingHandCursor
-                        onClicked: Qt.openUrlExternally(AppInfo.homePage)
-                    }
                 }
             }
         }

@@ -15,6 +15,8 @@ QtObject {
     readonly property color divider: Qt.rgba(0, 0, 0, 0.10)
     readonly property color glassFill: Qt.rgba(1, 1, 1, 0.52)
     readonly property color glassFillStrong: Qt.rgba(1, 1, 1, 0.72)
+    // For what must hide the window beneath it: menus and the alert.
+    readonly property color opaqueFill: "#f8f9fc"
     readonly property string fontFamily: Qt.fontFamilies().indexOf("Inter") >= 0 ? "Inter" : Qt.application.font.family
     readonly property int smallText: 11
     readonly property int bodyText: 13
