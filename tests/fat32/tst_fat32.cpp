@@ -82,14 +82,11 @@ public:
 
     // Boots the guest on a fresh volume holding this tree, runs `scenario` (after the tree is copied
     // on) and reads what it left. Skips the test, with the reason, where the user-mode kernel cannot run.
-    Outcome run(const QString &scenario, const QString &mountOptions = {})
+    Outcome run(const QString &scenario)
     {
         writeFile(m_job.filePath("scenario.sh"),
                   ("CLI=" KESTRUNE_CLI_PATH "\npopulate \"$JOB/tree\"\n" + scenario).toUtf8());
-        if (!mountOptions.isEmpty())
-            writeFile(m_job.filePath("mount-options"), mountOptions.toUtf8());
         QProcess uml;
-        uml.setProcessChannelMode(QProcess::SeparateChannels);
         uml.start("bash", {KESTRUNE_SOURCE_DIR "/tests/fat32/uml-run.sh", m_job.path()});
         uml.waitForFinished(-1);
         m_skipReason = uml.exitCode() == 77 ? QString::fromUtf8(uml.readAllStandardError()).trimmed() : QString();
