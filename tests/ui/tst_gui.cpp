@@ -109,6 +109,14 @@ private Q_SLOTS:
         QVERIFY(mostPlayed);
         QVERIFY(!UiHarness::item(mostPlayed, "onRockboxBadge")->isVisible());
         QVERIFY(!m_ui->item("playlistRow_Demo iPod")); // the master playlist is hidden
+        // What the player will not play: one of "Voice & Odds"'s files is missing on the demo iPod.
+        QTRY_VERIFY(UiHarness::item(m_ui->item("playlistRow_Voice & Odds"), "warningBadge")->isVisible());
+        QCOMPARE(m_ui->item("playlistRow_Voice & Odds")->property("warningText").toString(),
+                 "1 track file(s) are missing on the iPod; the player skips them.");
+        QVERIFY(!UiHarness::item(roadTrip, "warningBadge")->isVisible());
+        m_ui->click(m_ui->item("deviceMenuButton"));
+        m_ui->settle(300);
+        QCOMPARE(textOf(m_ui->item("deviceRockboxItem")), "Rockbox ipodvideo · up to 2000 tracks per playlist");
         QCOMPARE(textOf(m_ui->item("convertButtonLabel")), "Convert to Rockbox");
         QVERIFY(m_ui->item("fileRow_road trip.m3u8"));
     }

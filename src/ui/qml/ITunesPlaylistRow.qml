@@ -1,5 +1,6 @@
 import QtQuick
 import Kestrune
+import QtQuick.Controls
 import QtQuick.Layouts
 
 // One playlist: tick mark, icon tile, name with track count and duration, and its badges.
@@ -15,7 +16,14 @@ Item {
     required property bool isSmart
     required property bool isOnRockbox
     required property bool isTicked
+    required property var warnings // what the player will not play of it: [{kind, count, limit}]
     required property var viewModel
+
+    // One sentence per warning, in the interface language.
+    readonly property string warningText: warnings.map(warning => Texts.format(Texts.languageCode,
+        warning.kind === "overLimit" ? "warningOverLimit"
+                                     : (warning.kind === "missingFiles" ? "warningMissingFiles" : "warningLongPaths"),
+        warning.count, String(warning.limit))).join("\n")
 
     readonly property color tileColor: isSmart ? Theme.purple : (isMaster ? Theme.orange : Theme.blue)
 
@@ -114,6 +122,18 @@ Item {
             text: Texts.texts.badgeOnRockbox
             icon: "checkmark"
             color: Theme.green
+        }
+        GlassBadge {
+            objectName: "warningBadge"
+            visible: row.warnings.length > 0
+            icon: "exclamationmark.triangle.fill"
+            color: Theme.orange
+            Accessible.role: Accessible.StaticText
+            Accessible.name: row.warningText
+            ToolTip.visible: warningHover.hovered
+            ToolTip.delay: 300
+            ToolTip.text: row.warningText
+            HoverHandler { id: warningHover }
         }
     }
 }

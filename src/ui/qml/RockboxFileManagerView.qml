@@ -71,6 +71,16 @@ Item {
                         onObjectAdded: (index, object) => deviceMenu.insertItem(index + 1, object)
                         onObjectRemoved: (index, object) => deviceMenu.removeItem(object)
                     }
+                    // What the selected device's Rockbox keeps of a playlist.
+                    GlassMenuItem {
+                        objectName: "deviceRockboxItem"
+                        visible: pane.viewModel.selectedDeviceIndex >= 0
+                        height: visible ? implicitHeight : 0
+                        enabled: false
+                        text: Texts.format(Texts.languageCode,
+                                           pane.viewModel.rockboxTarget.length > 0 ? "deviceRockbox" : "deviceRockboxUnknown",
+                                           pane.viewModel.playlistLimit, pane.viewModel.rockboxTarget)
+                    }
                     GlassMenuSeparator {}
                     GlassMenuItem {
                         text: Texts.texts.deviceSelectorOpenFolder
