@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QHash>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -59,6 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static QTemporaryDir scratch;
     const QString destination = scratch.filePath(QStringLiteral("Playlists"));
     QDir(destination).removeRecursively();
+    QDir(scratch.path()).mkdir(QStringLiteral("iPod_Control")); // an iPod tree, so cleaning runs
 
     FuzzedDataProvider input(data, size);
     const ConversionOptions options{.extendedM3U = input.ConsumeBool(),
@@ -66,24 +68,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                                     .customPathPrefix = text(input, 12),
                                     .sanitizeFilenames = input.ConsumeBool()};
     const RockboxGenerator generator{DotFileCleaner(QString())};
-    const int count = input.ConsumeIntegralInRange(1, 4);
-    for (int i = 0; i < count; ++i) {
-        const Playlist exported = playlist(input);
-        const ExportItemResult result = generator.exportPlaylist(exported, QUrl::fromLocalFile(destination), options);
-        require(result.playlistName == exported.name && result.trackCount == exported.tracks.size());
+    QList<Playlist> exported;
+    for (int count = input.ConsumeIntegralInRange(1, 4); count > 0; --count)
+        exported.append(playlist(input));
+    // One run, as the window and the CLI write: a later playlist of the same name replaces an earlier.
+    const QList<ExportItemResult> results = generator.exportPlaylists(exported, QUrl::fromLocalFile(destination), options);
+    require(results.size() == exported.size());
+    QHash<QString, qsizetype> lastWriter;
+    for (qsizetype i = 0; i < results.size(); ++i) {
+        const ExportItemResult &result = results.at(i);
+        require(result.playlistName == exported.at(i).name && result.trackCount == exported.at(i).tracks.size());
         require(result.isSuccess != result.errorMessage.has_value());
-        if (!result.isSuccess)
-            continue;
-        const QString path = result.fileURL.toLocalFile();
-        require(QDir::cleanPath(path).startsWith(destination + u'/'));
-        QFile file(path);
+        if (result.isSuccess) {
+            require(QDir::cleanPath(result.fileURL.toLocalFile()).startsWith(destination + u'/'));
+            lastWriter.insert(QFileInfo(result.fileURL.toLocalFile()).canonicalFilePath(), i);
+        }
+    }
+    for (auto it = lastWriter.cbegin(); it != lastWriter.cend(); ++it) {
+        QFile file(it.key());
         require(file.open(QIODevice::ReadOnly));
-        require(file.readAll() == generator.generateM3UContent(exported, options).toUtf8());
+        require(file.readAll() == generator.generateM3UContent(exported.at(it.value()), options).toUtf8());
     }
 
     // Nothing beside the destination, and no temporary file left in it.
-    for (const QString &path : everythingBelow(scratch.path()))
-        require(path == destination || path.startsWith(destination + u'/'));
+    for (const QString &path : everythingBelow(scratch.path())) {
+        require(path == destination || path.startsWith(destination + u'/') ||
+                path == scratch.filePath(QStringLiteral("iPod_Control")));
+    }
     for (const QString &path : everythingBelow(destination))
         require(!QFileInfo(path).fileName().startsWith(QStringLiteral(".kestrune-")));
     // Every listed file exists; cleaning removes only dot names.

@@ -13,6 +13,12 @@ BinaryReader::BinaryReader(QByteArray data, qsizetype offset) : m_data(std::move
     seek(offset);
 }
 
+BinaryReader::BinaryReader(DatabaseFile &file)
+    // Not a copy of the file's buffer, which loading writes into: a second reference would make it copy.
+    : m_data(QByteArray::fromRawData(file.bytes().constData(), file.bytes().size())), m_file(&file)
+{
+}
+
 void BinaryReader::skip(qsizetype count)
 {
     // The cursor is within [0, size], so only a huge positive count can overflow.

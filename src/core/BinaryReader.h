@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DatabaseFile.h"
 #include "TextEncoding.h"
 
 #include <QByteArray>
@@ -19,6 +20,9 @@ namespace kestrune {
 class BinaryReader {
 public:
     explicit BinaryReader(QByteArray data, qsizetype offset = 0);
+    // Over a file read as the reads come to its parts (see DatabaseFile); a failed read throws
+    // ParseError::readFailed.
+    explicit BinaryReader(DatabaseFile &file);
 
     [[nodiscard]] const QByteArray &data() const { return m_data; }
     [[nodiscard]] qsizetype offset() const { return m_offset; }
@@ -47,6 +51,8 @@ public:
     {
         if (!fits(length))
             return std::nullopt;
+        if (m_file)
+            m_file->load(m_offset, length);
         const QByteArrayView view(m_data.constData() + m_offset, length);
         m_offset += length;
         return view;
@@ -62,6 +68,8 @@ private:
     {
         if (!fits(sizeof(T)))
             return std::nullopt;
+        if (m_file)
+            m_file->load(m_offset, qsizetype(sizeof(T)));
         const T value = qFromLittleEndian<T>(m_data.constData() + m_offset);
         m_offset += qsizetype(sizeof(T));
         return value;
@@ -69,6 +77,7 @@ private:
 
     QByteArray m_data;
     qsizetype m_offset = 0;
+    DatabaseFile *m_file = nullptr; // none: m_data holds everything already
 };
 
 } // namespace kestrune

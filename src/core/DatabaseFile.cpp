@@ -3,56 +3,63 @@
 #include "FileSystemError.h"
 #include "ParseError.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace kestrune {
 
 namespace {
 
-// Large enough to read at full speed, small enough that a USB 2.0 disk reports progress several times
-// a second.
-constexpr qint64 chunkSize = 1 << 20;
-
 QString kindOf(const QFileInfo &info)
 {
     if (info.isDir())
         return QStringLiteral("una cartella");
-    if (!info.exists())
-        return QStringLiteral("inesistente");
     return QStringLiteral("un file speciale: FIFO, dispositivo o socket");
 }
 
 } // namespace
 
-QByteArray readDatabaseFile(const QString &path, const ReadProgress &progress)
+DatabaseFile::DatabaseFile(const QString &path, ReadProgress progress) : m_file(path), m_progress(std::move(progress))
 {
     const QFileInfo info(path);
-    QFile file(path);
     if (info.exists() && !info.isFile()) {
         throw ParseError::readFailed(
             QStringLiteral("'%1' non è un file normale (%2)").arg(info.fileName(), kindOf(info)));
     }
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
-                                        .arg(info.fileName(), file.errorString())};
+                                        .arg(info.fileName(), m_file.errorString())};
     }
+    // Untouched, the buffer's pages take no memory: only the parts loaded do.
+    m_bytes = QByteArray(qsizetype(m_file.size()), Qt::Uninitialized);
+    m_loaded.assign(size_t((m_bytes.size() >> chunkShift) + 1), 0);
+}
 
-    const qint64 size = file.size();
-    QByteArray data;
-    data.reserve(qsizetype(size));
-    QByteArray chunk(qsizetype(chunkSize), Qt::Uninitialized);
-    for (;;) {
-        const qint64 count = file.read(chunk.data(), chunkSize);
+void DatabaseFile::loadChunk(qsizetype chunk)
+{
+    const qint64 start = qint64(chunk) << chunkShift;
+    const qint64 length = std::min<qint64>(qint64(1) << chunkShift, m_bytes.size() - start);
+    char *at = m_bytes.data() + start;
+    qint64 done = 0;
+    if (!m_file.seek(start))
+        throw ParseError::readFailed(m_file.errorString());
+    while (done < length) {
+        const qint64 count = m_file.read(at + done, length - done);
         if (count < 0)
-            throw ParseError::readFailed(file.errorString());
+            throw ParseError::readFailed(m_file.errorString());
         if (count == 0)
-            break;
-        data.append(chunk.constData(), qsizetype(count));
-        if (progress)
-            progress(data.size(), std::max(size, qint64(data.size())));
+            throw ParseError::readFailed(QStringLiteral("il file è cambiato durante la lettura"));
+        done += count;
     }
-    return data;
+    m_loaded[size_t(chunk)] = 1;
+    m_bytesRead += length;
+    if (m_progress)
+        m_progress(m_bytesRead, m_bytes.size());
+}
+
+void DatabaseFile::finish()
+{
+    if (m_progress && m_bytesRead < m_bytes.size())
+        m_progress(m_bytes.size(), m_bytes.size());
 }
 
 } // namespace kestrune

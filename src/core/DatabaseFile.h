@@ -1,18 +1,50 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QString>
 
 #include <functional>
+#include <vector>
 
 namespace kestrune {
 
 // How far reading a file has come: the bytes read so far and the file's size.
 using ReadProgress = std::function<void(qint64 bytesRead, qint64 totalBytes)>;
 
-// Reads a database file whole with ordinary reads, so that a bad sector is an error rather than a signal.
-// Throws FileSystemError when the file cannot be opened, ParseError::readFailed when it is no regular
-// file (a FIFO would block for ever) or when a read fails. Reports progress after every chunk.
-QByteArray readDatabaseFile(const QString &path, const ReadProgress &progress = {});
+// A database file read with ordinary reads as the parser comes to its parts, a megabyte at a time, so that
+// a bad sector is an error rather than a signal (as with a memory map), and a part the parser skips (such
+// as the second copy of the playlists iTunes writes) is never read and takes no memory.
+class DatabaseFile {
+public:
+    // Opens the file. Throws FileSystemError when it cannot be opened, ParseError::readFailed when it is no
+    // regular file (a FIFO would block for ever).
+    explicit DatabaseFile(const QString &path, ReadProgress progress = {});
+
+    // The file's bytes; only the parts loaded so far hold its content.
+    [[nodiscard]] const QByteArray &bytes() const { return m_bytes; }
+
+    // Loads [offset, offset + length) unless it is loaded. Throws ParseError::readFailed when a read fails.
+    void load(qsizetype offset, qsizetype length)
+    {
+        for (qsizetype chunk = offset >> chunkShift; length > 0 && chunk <= (offset + length - 1) >> chunkShift; ++chunk) {
+            if (!m_loaded[size_t(chunk)])
+                loadChunk(chunk);
+        }
+    }
+    // Says the whole file is read, for the progress shown.
+    void finish();
+
+private:
+    static constexpr int chunkShift = 20;
+
+    void loadChunk(qsizetype chunk);
+
+    QFile m_file;
+    QByteArray m_bytes;
+    std::vector<char> m_loaded;
+    qint64 m_bytesRead = 0;
+    ReadProgress m_progress;
+};
 
 } // namespace kestrune

@@ -95,15 +95,25 @@ void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &trac
 
 ParseResult ITunesDBParser::parse(const QUrl &fileURL, const ReadProgress &progress) const
 {
-    return parse(readDatabaseFile(fileURL.toLocalFile(), progress));
+    DatabaseFile file(fileURL.toLocalFile(), progress);
+    BinaryReader reader(file);
+    ParseResult result = parse(reader, nullptr);
+    file.finish();
+    return result;
 }
 
 ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
 {
-    if (data.size() < 32)
+    BinaryReader reader(data);
+    return parse(reader, work);
+}
+
+ParseResult ITunesDBParser::parse(BinaryReader &reader, ParseWork *work) const
+{
+    const qsizetype dataSize = reader.size();
+    if (dataSize < 32)
         throw ParseError::fileTooSmall();
 
-    BinaryReader reader(data);
     if (!readTag(reader, QLatin1StringView("mhbd")))
         throw ParseError::invalidHeader();
 
@@ -115,9 +125,9 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
     if (!headerLen || !ignored1 || !ignored2 || !sectionCount)
         throw ParseError::readFailed(QStringLiteral("Impossibile leggere l'header mhbd"));
 
-    ParseBudget budget(data.size());
+    ParseBudget budget(dataSize);
     ParseResult result;
-    result.looksTruncated = qint64(declaredLength.value_or(0)) > data.size();
+    result.looksTruncated = qint64(declaredLength.value_or(0)) > dataSize;
     reader.seek(*headerLen);
 
     quint32 sectionsRead = 0;
@@ -137,7 +147,7 @@ ParseResult ITunesDBParser::parse(const QByteArray &data, ParseWork *work) const
             break;
         reader.seek(chunkStart + *sectionHeaderLen);
         const qsizetype sectionEnd = chunkStart + *sectionTotalLen;
-        result.looksTruncated = result.looksTruncated || sectionEnd > data.size();
+        result.looksTruncated = result.looksTruncated || sectionEnd > dataSize;
 
         if (*sectionType == 1) {
             QList<Track> tracks = parseTrackList(reader, sectionEnd, budget);

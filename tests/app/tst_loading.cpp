@@ -36,14 +36,13 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, database);
         QFETCH(int, playlists);
-        QFETCH(QString, active);
         AppFixture fixture;
         fixture.addIPod("IPOD", database);
         AppViewModel &model = fixture.start();
         QTRY_VERIFY(!model.isLoading() && model.options().destinationFolder);
         QTRY_COMPARE(model.playlists().size(), playlists);
         QVERIFY(model.selectedPlaylistIds().isEmpty());
-        QCOMPARE(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), active);
+        QTEST(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), "active");
     }
 
     void existingFilesAreMatched()

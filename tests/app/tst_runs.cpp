@@ -185,17 +185,6 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(destination + "/Road Trip.m3u8"));
     }
 
-    void showsFileInFileManager()
-    {
-        AppFixture fixture;
-        const QString root = fixture.addIPod("IPOD");
-        writeFile(root + "/Playlists/a.m3u8", "x");
-        AppViewModel &model = fixture.startLoaded();
-        model.showFileRowInFileManager(0);
-        model.showFileRowInFileManager(5);
-        QCOMPARE(fixture.revealer->revealed, QList<QUrl>{QUrl::fromLocalFile(root + "/Playlists/a.m3u8")});
-    }
-
     void fullCycleChangesOnlyExpectedPaths()
     {
         AppFixture fixture;

@@ -87,8 +87,6 @@ private Q_SLOTS:
     void playlistClicks()
     {
         QFETCH(QStringList, clicks);
-        QFETCH(QString, selected);
-        QFETCH(QString, active);
         for (const QString &click : clicks) {
             const QStringList parts = click.split(' ');
             Qt::KeyboardModifiers modifiers;
@@ -98,8 +96,8 @@ private Q_SLOTS:
                 modifiers |= Qt::ShiftModifier;
             m_model->clickPlaylistRow(rowOf(*m_model, parts.last()), modifiers);
         }
-        QCOMPARE(m_fixture->selectedNames().join(','), selected);
-        QCOMPARE(m_model->activeDetailPlaylist()->name, active);
+        QTEST(m_fixture->selectedNames().join(','), "selected");
+        QTEST(m_model->activeDetailPlaylist()->name, "active");
     }
 
     void rangeStopsAtTheListEnd()

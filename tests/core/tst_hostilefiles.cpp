@@ -115,29 +115,6 @@ private Q_SLOTS:
         QVERIFY(work.decodedBytes <= limits.decodedBytes);
     }
 
-    void wellFormedFilesStayFarBelowTheLimits()
-    {
-        ITunesDBWriter builder;
-        QList<quint32> ids;
-        for (quint32 id = 1; id <= 2000; ++id) {
-            builder.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), QStringLiteral("Artist"),
-                                             QStringLiteral(":iPod_Control:Music:F01:X%1.mp3").arg(id)));
-            ids.append(id);
-        }
-        for (int p = 0; p < 20; ++p)
-            builder.addPlaylist(PlaylistItem::of(QStringLiteral("List %1").arg(p), ids));
-        const QByteArray db = builder.withPodcastSection().build();
-
-        ParseWork work;
-        const ParseResult result = ITunesDBParser().parse(db, &work);
-        QCOMPARE(result.playlists.size(), 20);
-        QCOMPARE(result.playlists.last().tracks.size(), 2000);
-        const ParseWork limits = ParseBudget::limitsFor(db.size());
-        QVERIFY(!work.capped);
-        QVERIFY(work.iterations * 10 < limits.iterations);
-        QVERIFY(work.chunks * 2 < limits.chunks);
-        QVERIFY(work.decodedBytes * 4 < limits.decodedBytes);
-    }
 };
 
 QTEST_APPLESS_MAIN(TestHostileFiles)

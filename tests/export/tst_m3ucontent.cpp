@@ -44,10 +44,9 @@ private Q_SLOTS:
     {
         QFETCH(QList<Track>, tracks);
         QFETCH(bool, extended);
-        QFETCH(QString, expected);
         const Playlist playlist{.name = QStringLiteral("Classic Rock"), .tracks = tracks};
         const ConversionOptions options{.extendedM3U = extended};
-        QCOMPARE(RockboxGenerator().generateM3UContent(playlist, options), expected);
+        QTEST(RockboxGenerator().generateM3UContent(playlist, options), "expected");
     }
 
     void infoLine_data()
@@ -73,10 +72,9 @@ private Q_SLOTS:
     void infoLine()
     {
         QFETCH(Track, track);
-        QFETCH(QString, expected);
         const Playlist playlist{.tracks = {track}};
         const QStringList lines = RockboxGenerator().generateM3UContent(playlist, {}).split(u'\n');
-        QCOMPARE(lines.value(1), expected);
+        QTEST(lines.value(1), "expected");
     }
 
     void pathLine_data()

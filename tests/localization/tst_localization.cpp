@@ -65,14 +65,13 @@ private Q_SLOTS:
         QFETCH(QString, stored);
         QFETCH(QStringList, preferred);
         QFETCH(QString, locale);
-        QFETCH(AppLanguage, expected);
         Fixture fixture;
         fixture.preferred = preferred;
         fixture.localeName = locale;
         if (!stored.isEmpty())
             fixture.store(stored);
         const LocalizationManager manager(fixture.environment());
-        QCOMPARE(manager.currentLanguage(), expected);
+        QTEST(manager.currentLanguage(), "expected");
         // Choosing at start-up writes nothing, and leaves an unknown value in place.
         QCOMPARE(fixture.stored().toString(), stored);
     }

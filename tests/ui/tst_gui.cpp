@@ -452,22 +452,6 @@ private Q_SLOTS:
         QVERIFY(!m_ui->model().showExportSettings());
     }
 
-    void summarySheetShowsTheResults()
-    {
-        // The window does not present it; it is a finished view, loaded here over a real run's results.
-        m_ui->model().convertSelectedPlaylists();
-        QTRY_VERIFY(!m_ui->model().isConverting());
-        QQmlComponent component(qmlEngine(m_ui->window()));
-        component.setData("import Kestrune\nExportSummarySheet {}\n", QUrl("qrc:/qt/qml/KestruneSummary.qml"));
-        std::unique_ptr<QObject> sheet(component.createWithInitialProperties(
-            {{"viewModel", QVariant::fromValue(&m_ui->model())}, {"parent", QVariant::fromValue(m_ui->window()->contentItem())}}));
-        QVERIFY2(sheet, qPrintable(component.errorString()));
-        QMetaObject::invokeMethod(sheet.get(), "open");
-        m_ui->settle(300);
-        QCOMPARE(textOf(m_ui->item("summaryTitle")), "Esportazione Completata!");
-        QCOMPARE(textOf(m_ui->item("summarySubtitle")), "6 playlist salvate (1 aggiornate).");
-    }
-
     void selfCheckExitsCleanly()
     {
         QProcess app;
