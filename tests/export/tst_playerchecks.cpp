@@ -81,22 +81,6 @@ private Q_SLOTS:
         QTEST(playlistWarnings(playlist, options, 2, &files), "expected");
     }
 
-    void splitToLimit()
-    {
-        Playlist big = playlistOf("Big", QStringList(5, ":a.mp3"));
-        QCOMPARE(kestrune::splitToLimit(big, 5), QList<Playlist>{big});
-        const QList<Playlist> parts = kestrune::splitToLimit(big, 2);
-        QStringList names;
-        QList<qsizetype> sizes;
-        for (const Playlist &part : parts) {
-            names.append(part.name);
-            sizes.append(part.tracks.size());
-            QCOMPARE(part.trackIds.size(), part.tracks.size());
-        }
-        QCOMPARE(names, (QStringList{"Big (1 of 3)", "Big (2 of 3)", "Big (3 of 3)"}));
-        QCOMPARE(sizes, (QList<qsizetype>{2, 2, 1}));
-    }
-
     void existingFiles_data()
     {
         QTest::addColumn<QByteArray>("text");

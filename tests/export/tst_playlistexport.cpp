@@ -74,9 +74,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("m3u8");
         QTest::addColumn<bool>("sanitize");
         QTest::addColumn<QString>("filename");
-        QTest::addRow("m3u8") << "Rock" << true << true << "Rock.m3u8";
-        QTest::addRow("m3u") << "Rock" << false << true << "Rock.m3u";
-        QTest::addRow("sanitised") << "Rock: Live" << true << true << "Rock_ Live.m3u8";
+        QTest::addRow("m3u, sanitised") << "Rock: Live" << false << true << "Rock_ Live.m3u";
         QTest::addRow("unsanitised empty name is hidden") << "" << true << false << ".m3u8";
     }
 
@@ -142,18 +140,6 @@ private Q_SLOTS:
         QCOMPARE(failed.trackCount, 1);
     }
 
-    void failedWriteKeepsOldFileAndLeavesNoTemporary()
-    {
-        // A folder standing where the file should go cannot be replaced by it: the write fails at the rename.
-        QTemporaryDir dir;
-        writeFile(dir.filePath("Mix.m3u8/keep/file"), "kept");
-        const ExportItemResult result =
-            RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {});
-        QVERIFY(!result.isSuccess && !result.errorMessage.value_or("").isEmpty());
-        QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
-        QCOMPARE(readFile(dir.filePath("Mix.m3u8/keep/file")), QByteArray("kept"));
-    }
-
     void unsanitisedNamesThatCannotBeWritten_data()
     {
         QTest::addColumn<QString>("name");
@@ -197,19 +183,10 @@ private Q_SLOTS:
         QCOMPARE(entriesOf(dir.path()), QStringList{"Playlists"});
     }
 
-    void invalidTextIsNotWritten()
-    {
-        QTemporaryDir dir;
-        Playlist playlist = playlistNamed("Broken");
-        playlist.tracks.first().title = QString(QChar(0xD800)); // an unpaired surrogate cannot be UTF-8
-        const ExportItemResult result = RockboxGenerator().exportPlaylist(playlist, QUrl::fromLocalFile(dir.path()), {});
-        QVERIFY(!result.isSuccess);
-        QCOMPARE(result.errorMessage, std::optional<QString>("Impossibile codificare la playlist in formato UTF-8."));
-        QVERIFY(entriesOf(dir.path()).isEmpty());
-    }
-
     void runWritesEveryPlaylistItCan()
     {
+        // One playlist cannot be UTF-8 (an unpaired surrogate); a folder stands where another's file would
+        // go, so its rename fails late and the folder stays as it was.
         QTemporaryDir dir;
         writeFile(dir.filePath("Blocked.m3u8/keep"), "a folder in the way");
         Playlist broken = playlistNamed("Broken");
@@ -223,7 +200,9 @@ private Q_SLOTS:
         for (const ExportItemResult &result : results)
             succeeded.append(result.isSuccess);
         QCOMPARE(succeeded, (QList<bool>{true, false, false, true}));
+        QCOMPARE(results.at(1).errorMessage, std::optional<QString>("Impossibile codificare la playlist in formato UTF-8."));
         QCOMPARE(entriesOf(dir.path()), (QStringList{"A.m3u8", "B.m3u8", "Blocked.m3u8"})); // no temporary file left
+        QCOMPARE(readFile(dir.filePath("Blocked.m3u8/keep")), QByteArray("a folder in the way"));
     }
 
     void causesInWords_data()

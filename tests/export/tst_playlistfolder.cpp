@@ -114,17 +114,6 @@ private Q_SLOTS:
         QTEST(match ? match->filename : QString(), "expected");
     }
 
-    void attachClearsStaleMatches()
-    {
-        QList<Playlist> playlists{Playlist{.name = QStringLiteral("Rock")}, Playlist{.name = QStringLiteral("Pop")},
-                                  Playlist{.name = QStringLiteral("rock")}};
-        playlists[1].existingRockboxFile = existing({QStringLiteral("Pop.m3u8")}).first();
-        attachExistingFiles(playlists, existing({QStringLiteral("Rock.m3u8")}));
-        QCOMPARE(playlists[0].existingRockboxFile->filename, QStringLiteral("Rock.m3u8"));
-        QVERIFY(!playlists[1].existingRockboxFile);
-        QCOMPARE(playlists[2].existingRockboxFile->filename, QStringLiteral("Rock.m3u8")); // several may share one
-    }
-
     void splitPartsBelongToTheirPlaylist_data()
     {
         QTest::addColumn<QString>("file");

@@ -1,4 +1,3 @@
-#include "localization/InterfaceTexts.h"
 #include "localization/L10n.h"
 #include "localization/LocalizationManager.h"
 
@@ -129,24 +128,6 @@ private Q_SLOTS:
         QCOMPARE(L10n::tr(L10n::KeyId::alertTitle), "Avviso");
     }
 
-    void bindableTextsFollowLanguage()
-    {
-        Fixture fixture;
-        LocalizationManager manager(fixture.environment());
-        InterfaceTexts texts(manager);
-        QSignalSpy changed(&texts, &InterfaceTexts::languageChanged);
-        QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlists on iPod (Rockbox)");
-        QCOMPARE(texts.languageCode(), "en");
-
-        manager.setLanguage(AppLanguage::italian);
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(texts.texts().value("rockboxHeader").toString(), "Playlist su iPod (Rockbox)");
-        QCOMPARE(texts.format(texts.languageCode(), "tracksAndDuration", 3, "1:00"), "3 brani • 1:00");
-        QCOMPARE(texts.format("en", "selectAll", 4), "Select all (4)");
-        QCOMPARE(texts.format("en", "alertTitle", 4), "alertTitle");
-        QCOMPARE(texts.format("it", "warningOverLimit", 2500, "2000"),
-                 "Rockbox su questo iPod riproduce solo i primi 2000 dei suoi 2500 brani.");
-    }
 };
 
 QTEST_GUILESS_MAIN(TestLocalization)

@@ -121,23 +121,6 @@ private Q_SLOTS:
         QVERIFY(m_ui->item("fileRow_road trip.m3u8"));
     }
 
-    void searchWithoutMatchShowsEmptyState()
-    {
-        QQuickItem *search = m_ui->item("searchField");
-        m_ui->click(search);
-        for (char key : {'z', 'z', 'z'})
-            QTest::keyClick(m_ui->window(), key);
-        m_ui->settle();
-        QCOMPARE(m_ui->model().searchText(), "zzz");
-        QVERIFY(m_ui->item("itunesEmptyState")->isVisible());
-        QCOMPARE(textOf(m_ui->item("itunesEmptySubtitle")), "No playlists matching search filters.");
-
-        m_ui->click(m_ui->item("clearSearchButton"));
-        m_ui->settle();
-        QCOMPARE(m_ui->model().searchText(), "");
-        QVERIFY(m_ui->item("playlistList")->isVisible());
-    }
-
     void languageSwitchesTextsAndFormats_data()
     {
         QTest::addColumn<QString>("header");
