@@ -153,9 +153,6 @@ private Q_SLOTS:
         fixture.picker->answers = {std::nullopt};
         model.pickCustomFolder(); // cancelled: nothing at all
         QCOMPARE(model.errorMessage(), std::nullopt);
-        QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Cartella iPod");
-        QCOMPARE(fixture.picker->requests.last().message,
-                 std::optional<QString>("Seleziona la directory radice dell'iPod o una cartella contenente iPod_Control"));
         QVERIFY(!fixture.picker->requests.last().canCreateFolders);
 
         fixture.picker->answers = {QUrl::fromLocalFile(backup)};
@@ -176,8 +173,6 @@ private Q_SLOTS:
         writeFile(destination + "/Existing.m3u8", "x");
         fixture.picker->answers = {QUrl::fromLocalFile(destination)};
         model.pickDestinationFolder();
-        QCOMPARE(fixture.picker->requests.last().prompt, "Seleziona Destinazione");
-        QCOMPARE(fixture.picker->requests.last().message, std::nullopt);
         QVERIFY(fixture.picker->requests.last().canCreateFolders);
         QTRY_COMPARE(fileNames(model), QStringList{"Existing.m3u8"});
         model.convertSelectedPlaylists();

@@ -169,23 +169,6 @@ private Q_SLOTS:
                  written);
     }
 
-    void convertReportsFailedPlaylists()
-    {
-        QTemporaryDir dir;
-        writeFile(dir.filePath("iTunesDB"), ITunesDBWriter()
-                                                .addPlaylist(PlaylistItem::of("Good", {}))
-                                                .addPlaylist(PlaylistItem::of("Sub/Folder", {}))
-                                                .addPlaylist(PlaylistItem::of("../Escape", {}))
-                                                .build());
-        const Run run = cli({"convert", dir.filePath("iTunesDB"), "--dest", dir.filePath("out"), "--no-sanitize"});
-        QCOMPARE(run.exitCode, 1);
-        QVERIFY(run.out.contains("wrote   Good.m3u8"));
-        QVERIFY(run.out.contains("FAILED  Sub/Folder.m3u8"));
-        QVERIFY(run.out.contains("FAILED  ../Escape.m3u8"));
-        QVERIFY(run.out.contains("1 of 3 playlist(s) written"));
-        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), (QStringList{"iTunesDB", "out"}));
-    }
-
     void truncatedDatabaseLeavesExistingFiles()
     {
         const QByteArray whole = ITunesDBWriter()

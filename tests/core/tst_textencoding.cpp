@@ -50,7 +50,6 @@ private Q_SLOTS:
         QTest::addRow("utf16") << QByteArray("O\0K\0", 4) << "OK";
         QTest::addRow("utf8 after bad utf16") << QByteArray("\x41\xd8\x80\x41", 4) << QStringLiteral("A\u0600A");
         QTest::addRow("mac roman after both") << QByteArray("\x41\xd8\x41\x41", 4) << QStringLiteral("A\u00ffAA");
-        QTest::addRow("one byte") << QByteArray("\x8e") << "é";
     }
 
     void rawChain()

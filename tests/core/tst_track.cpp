@@ -31,16 +31,6 @@ private Q_SLOTS:
         QTEST((Track{.id = id, .title = title, .ipodPath = ipodPath}.displayTitle()), "expected");
     }
 
-    void displayArtistAndAlbum()
-    {
-        const Track blank{.artist = QStringLiteral(" "), .album = QString()};
-        QCOMPARE(blank.displayArtist(), QStringLiteral("Unknown Artist"));
-        QCOMPARE(blank.displayAlbum(), QStringLiteral("Unknown Album"));
-        const Track padded{.artist = QStringLiteral(" Queen "), .album = QStringLiteral("\u2003Opera\u2028")};
-        QCOMPARE(padded.displayArtist(), QStringLiteral("Queen"));
-        QCOMPARE(padded.displayAlbum(), QStringLiteral("Opera"));
-    }
-
     void formattedDuration_data()
     {
         QTest::addColumn<quint32>("ms");

@@ -29,11 +29,8 @@ struct Volumes {
 
     QString addIPod(const QString &name, const char *database = "iTunesDB")
     {
-        const QString root = dir.filePath(name);
-        QDir().mkpath(root + "/iPod_Control/iTunes");
-        QFile file(root + "/iPod_Control/iTunes/" + QLatin1StringView(database));
-        file.open(QIODevice::WriteOnly);
-        return root;
+        writeFile(dir.filePath(name + "/iPod_Control/iTunes/" + QLatin1StringView(database)), "db");
+        return dir.filePath(name);
     }
     void remove(const QString &name) { QDir(dir.filePath(name)).removeRecursively(); }
 
@@ -103,9 +100,7 @@ private Q_SLOTS:
         const IPodDevice labelled = *detector->inspectLocation(QUrl::fromLocalFile(root));
         QCOMPARE(labelled.name, "JOHN'S IPOD");
         QVERIFY(labelled.id != unnamed.id); // every inspection makes a new id
-
-        const IPodDevice unknownSpace{};
-        QCOMPARE(unknownSpace.formattedFreeSpace(), std::nullopt);
+        QCOMPARE(IPodDevice{}.formattedFreeSpace(), std::nullopt);
     }
 
     void selectionFollowsMounts()
@@ -154,8 +149,7 @@ private Q_SLOTS:
         volumes.addIPod("A");
         QTemporaryDir elsewhere;
         const QString backup = elsewhere.filePath("Backup");
-        QDir().mkpath(backup + "/iPod_Control/iTunes");
-        QFile(backup + "/iPod_Control/iTunes/iTunesDB").open(QIODevice::WriteOnly);
+        writeFile(backup + "/iPod_Control/iTunes/iTunesDB", "db");
         const auto detector = volumes.detector();
 
         const std::optional<IPodDevice> first = detector->addCustomLocation(QUrl::fromLocalFile(backup));

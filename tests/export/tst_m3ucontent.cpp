@@ -55,7 +55,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         QTest::addRow("artist trimmed") << song(QStringLiteral("T"), QStringLiteral(" Queen "), 1000, {})
                                         << "#EXTINF:1,Queen - T";
-        QTest::addRow("empty artist") << song(QStringLiteral("T"), {}, 1000, {}) << "#EXTINF:1,T";
         QTest::addRow("blank artist") << song(QStringLiteral("T"), QStringLiteral(" \n"), 1000, {}) << "#EXTINF:1,T";
         QTest::addRow("Unknown Artist") << song(QStringLiteral("T"), QStringLiteral("Unknown Artist"), 1000, {})
                                         << "#EXTINF:1,T";
