@@ -26,12 +26,6 @@ public:
     QList<FolderPickerRequest> requests;
 };
 
-class RecordingRevealer : public FileRevealer {
-public:
-    void reveal(const QUrl &fileURL, std::function<void()> /*failed*/) override { revealed.append(fileURL); }
-    QList<QUrl> revealed;
-};
-
 // Three playlists after the master: "Road Trip", smart "Chill" and "Empty".
 inline QByteArray sampleDatabase()
 {
@@ -55,7 +49,6 @@ struct AppFixture {
     QTemporaryDir dir;
     QString volumes = dir.filePath(QStringLiteral("Volumes"));
     std::shared_ptr<ScriptedFolderPicker> picker = std::make_shared<ScriptedFolderPicker>();
-    std::shared_ptr<RecordingRevealer> revealer = std::make_shared<RecordingRevealer>();
     std::unique_ptr<LocalizationManager> language;
     std::unique_ptr<AppViewModel> model;
     QByteArray mountLine; // the mount table the model sees: this one line of mountinfo
@@ -81,7 +74,6 @@ struct AppFixture {
             .detector = {entriesOfFolder(volumes), [](const QString &) { return VolumeInfo{}; }, nullptr},
             .languageManager = language.get(),
             .folderPicker = picker,
-            .fileRevealer = revealer,
             .generator = RockboxGenerator(DotFileCleaner(QString())),
             .mountTable = [this] { return parseMountInfo(mountLine); }});
         model->setSuccessFeedbackDuration(50);

@@ -22,29 +22,6 @@ private Q_SLOTS:
         QCOMPARE(model.loadingPercent(), 100);
     }
 
-    void loadRulesForSmallDatabases_data()
-    {
-        QTest::addColumn<QByteArray>("database");
-        QTest::addColumn<int>("playlists");
-        QTest::addColumn<QString>("active");
-        QTest::addRow("master only") << ITunesDBWriter().addPlaylist({.name = QString("Library"), .isMaster = true}).build()
-                                     << 1 << "Library";
-        QTest::addRow("no playlists") << ITunesDBWriter().build() << 0 << "";
-    }
-
-    void loadRulesForSmallDatabases()
-    {
-        QFETCH(QByteArray, database);
-        QFETCH(int, playlists);
-        AppFixture fixture;
-        fixture.addIPod("IPOD", database);
-        AppViewModel &model = fixture.start();
-        QTRY_VERIFY(!model.isLoading() && model.options().destinationFolder);
-        QTRY_COMPARE(model.playlists().size(), playlists);
-        QVERIFY(model.selectedPlaylistIds().isEmpty());
-        QTEST(model.activeDetailPlaylist() ? model.activeDetailPlaylist()->name : QString(), "active");
-    }
-
     void existingFilesAreMatched()
     {
         AppFixture fixture;
@@ -106,21 +83,6 @@ private Q_SLOTS:
         QSignalSpy cleared(&model, &AppViewModel::playlistsChanged);
         model.rescanDevices(); // none again: still announced, still cleared
         QTRY_COMPARE(cleared.count(), 1);
-    }
-
-    void deselectionClearsButKeepsStatus()
-    {
-        AppFixture fixture;
-        fixture.addIPod("IPOD");
-        AppViewModel &model = fixture.startLoaded();
-        model.applyPendingChanges(); // sets the status message
-        model.setSearchText("road");
-        model.detector()->setSelectedDevice(std::nullopt);
-        QTRY_VERIFY(model.playlists().isEmpty());
-        QVERIFY(model.selectedPlaylistIds().isEmpty());
-        QCOMPARE(model.activeDetailPlaylist(), std::nullopt);
-        QCOMPARE(model.statusMessage(), std::optional<QString>("Modifiche applicate con successo su disco!"));
-        QCOMPARE(model.searchText(), "road");
     }
 
     void deviceFolderReplacesChosenDestination()

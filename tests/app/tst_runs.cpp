@@ -99,7 +99,6 @@ private Q_SLOTS:
         QCOMPARE(model.pendingActions().size(), 2);
         QCOMPARE(model.pendingActions().at(0).description, "Elimina playlist 'a.m3u8'");
         QCOMPARE(model.pendingActions().at(1).description, "Elimina playlist 'b.m3u'");
-        QCOMPARE(model.pendingActionsModel()->rowCount(), 2);
         model.discardPendingActions();
         QVERIFY(model.pendingActions().isEmpty());
         QCOMPARE(fileNames(model).size(), 3);
@@ -149,11 +148,6 @@ private Q_SLOTS:
         QTemporaryDir elsewhere;
         const QString backup = elsewhere.filePath("Backup");
         QDir().mkpath(backup);
-
-        fixture.picker->answers = {std::nullopt};
-        model.pickCustomFolder(); // cancelled: nothing at all
-        QCOMPARE(model.errorMessage(), std::nullopt);
-        QVERIFY(!fixture.picker->requests.last().canCreateFolders);
 
         fixture.picker->answers = {QUrl::fromLocalFile(backup)};
         model.pickCustomFolder();

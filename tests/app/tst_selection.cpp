@@ -100,24 +100,6 @@ private Q_SLOTS:
         QTEST(m_model->activeDetailPlaylist()->name, "active");
     }
 
-    void rangeStopsAtTheListEnd()
-    {
-        m_model->clickPlaylistRow(rowOf(*m_model, "E"), {}); // anchor at row 4
-        m_model->setSearchText("beat");                     // B (artist) and C (title) remain
-        QCOMPARE(filteredNames(*m_model), (QStringList{"B", "C"}));
-        m_model->clickPlaylistRow(0, Qt::ShiftModifier);
-        QCOMPARE(m_fixture->selectedNames().join(','), "B,C,E");
-    }
-
-    void clickOnHiddenPlaylistIsIgnored()
-    {
-        const Playlist master = m_fixture->playlist("Library");
-        const QSet<QString> before = m_model->selectedPlaylistIds();
-        m_model->handlePlaylistClick(master, false, false);
-        QCOMPARE(m_model->selectedPlaylistIds(), before);
-        QCOMPARE(m_model->activeDetailPlaylist()->name, "A");
-    }
-
     void filters_data()
     {
         QTest::addColumn<QString>("search");

@@ -86,14 +86,10 @@ private Q_SLOTS:
                            "Rock: Live       2    1m 02s  -       rock_ live.m3u\n"
                            "Chill            2    4m 21s  smart   -\n");
 
-        const QJsonObject json = cli({"playlists", ipod.root(), "--json"}).json();
-        QCOMPARE(json["trackCount"].toInt(), 3);
-        const QJsonArray playlists = json["playlists"].toArray();
-        const QJsonObject rock = playlists[1].toObject();
-        QCOMPARE(rock.keys(), (QStringList{"dbId", "existingFile", "isMaster", "isSmart", "name", "totalDurationSeconds",
-                                           "trackCount", "trackIds"}));
-        QCOMPARE(rock["existingFile"].toString(), "rock_ live.m3u");
-        QCOMPARE(rock["trackIds"].toArray(), (QJsonArray{1, 2}));
+        const QJsonArray playlists = cli({"playlists", ipod.root(), "--json"}).json()["playlists"].toArray();
+        QCOMPARE(QJsonDocument(playlists[1].toObject()).toJson(QJsonDocument::Compact),
+                 R"({"dbId":"42","existingFile":"rock_ live.m3u","isMaster":false,"isSmart":false,"name":"Rock: Live",)"
+                 R"("totalDurationSeconds":62,"trackCount":2,"trackIds":[1,2]})");
         QCOMPARE(playlists[2].toObject()["dbId"].toString(), "18446744073709551615");
 
         // A database file inside an iPod tree still knows the tree's playlists folder.
@@ -250,8 +246,7 @@ private Q_SLOTS:
     {
         IPod ipod;
         const QJsonObject item = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray()[0].toObject();
-        QCOMPARE(item["name"].toString(), "rock_ live.m3u");
-        QCOMPARE(item["sizeBytes"].toInt(), 4);
+        QVERIFY(item["name"] == "rock_ live.m3u" && item["sizeBytes"] == 4);
         QVERIFY(QDateTime::fromString(item["modificationDate"].toString(), Qt::ISODate).isValid());
         QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot file(s) removed from " + ipod.root().toUtf8() + "\n");
 

@@ -78,15 +78,6 @@ private Q_SLOTS:
         QCOMPARE(nuls.readString(5, TextEncoding::utf8), std::optional<QString>(QStringLiteral("a") + QChar(0) + u'b'));
     }
 
-    void subReaderIsIndependent()
-    {
-        BinaryReader reader(QByteArray("0123456789"), 2);
-        std::optional<BinaryReader> sub = reader.readSubReader(4);
-        QCOMPARE(sub->data(), QByteArray("2345"));
-        sub->seek(4);
-        QCOMPARE(reader.offset(), 6);
-        QCOMPARE(reader.readSubReader(5), std::nullopt);
-    }
 };
 
 QTEST_APPLESS_MAIN(TestBinaryReader)

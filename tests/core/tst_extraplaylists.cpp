@@ -1,4 +1,3 @@
-#include "core/IPodTree.h"
 #include "core/ITunesDBParser.h"
 #include "core/OnTheGoPlaylists.h"
 #include "core/PlaylistFolders.h"
@@ -80,20 +79,6 @@ private Q_SLOTS:
         QVERIFY(found.problems.first().startsWith("OTGPlaylistInfo_2: entry 3 points past the 3 tracks"));
     }
 
-    void ipodTreeOfAPath()
-    {
-        QTemporaryDir dir;
-        QDir().mkpath(dir.filePath("ipod/iPod_Control/iTunes"));
-        QDir().mkpath(dir.filePath("ipod/Playlists/sub"));
-        QDir().mkpath(dir.filePath("home/.ssh"));
-        const QString root = QFileInfo(dir.filePath("ipod")).canonicalFilePath();
-        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod")), std::optional(root));
-        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/sub")), std::optional(root));
-        QCOMPARE(enclosingIPodRoot(dir.filePath("ipod/Playlists/not yet made")), std::optional(root));
-        QCOMPARE(enclosingIPodRoot(dir.filePath("home/.ssh")), std::nullopt);
-        QVERIFY(QFile::link(dir.filePath("ipod/Playlists"), dir.filePath("home/link")));
-        QCOMPARE(enclosingIPodRoot(dir.filePath("home/link")), std::optional(root)); // where the files really are
-    }
 };
 
 QTEST_APPLESS_MAIN(TestExtraPlaylists)

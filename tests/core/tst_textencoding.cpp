@@ -58,12 +58,6 @@ private Q_SLOTS:
         QTEST(decodeRawMhodText(bytes), "expected");
     }
 
-    void trimSet()
-    {
-        QCOMPARE(trimMhodText(QStringLiteral("\uFEFF\u0000 \t\r\nTitle \uFFFD\u0000\u0000")), QStringLiteral("Title"));
-        // Only that set: other white space stays.
-        QCOMPARE(trimMhodText(QStringLiteral("\u00A0Title\u2003")), QStringLiteral("\u00A0Title\u2003"));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestTextEncoding)

@@ -84,17 +84,6 @@ private Q_SLOTS:
         QTEST(playlist.formattedTotalDuration(), "expected");
     }
 
-    void trackCountPrefersResolvedTracks()
-    {
-        Playlist playlist{.trackIds = {1, 2}};
-        QCOMPARE(playlist.trackCount(), 2);
-        playlist.tracks.append(Track{.id = 1});
-        QCOMPARE(playlist.trackCount(), 1);
-        QVERIFY(!playlist.isAlreadyOnRockbox());
-        playlist.existingRockboxFile = ExistingRockboxFile{.filename = QStringLiteral("a.m3u8")};
-        QVERIFY(playlist.isAlreadyOnRockbox());
-    }
-
 };
 
 QTEST_APPLESS_MAIN(TestTrack)

@@ -41,7 +41,6 @@ private Q_SLOTS:
             "/media/ann/IPOD", true, false);
         row("without utf8", "36 25 8:17 / /run/media/ann/IPOD rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1",
             "/run/media/ann/IPOD", true, true);
-        row("iocharset utf8", "36 25 8:17 / /mnt/ipod rw - vfat /dev/sdb1 rw,iocharset=utf8", "/mnt/ipod", true, false);
         row("escaped space", "36 25 8:17 / /media/ann/My\\040iPod rw - vfat /dev/sdc1 rw,utf8", "/media/ann/My iPod", true, false);
         row("optional fields", "36 25 8:17 / /media/x rw shared:5 master:1 - exfat /dev/sdd1 rw", "/media/x", true, false);
         row("FUSE user mount", "40 25 0:50 / /media/ann/EXFAT rw - fuseblk /dev/sde1 rw,user_id=0", "/media/ann/EXFAT", true, false);
@@ -49,8 +48,6 @@ private Q_SLOTS:
         row("desktop portal", "42 25 0:52 / /run/user/1000/doc rw - fuse.portal portal rw", "/run/user/1000/doc", false, false);
         row("snap", "43 25 7:3 / /snap/core/1 ro - squashfs /dev/loop3 ro", "/snap/core/1", false, false);
         row("container tmpfs", "44 25 0:53 / /mnt/container rw - tmpfs tmpfs rw", "/mnt/container", false, false);
-        row("proc", "22 27 0:21 / /proc rw - proc proc rw", "/proc", false, false);
-        row("overlay", "45 25 0:54 / /var/lib/docker/x rw - overlay overlay rw", "/var/lib/docker/x", false, false);
         row("the system's disk", "27 1 254:0 / / rw - ext4 /dev/vda rw", "/", false, false);
         row("a removable drive anywhere", "46 25 8:33 / /home/ann/stick rw - vfat /dev/removable1 rw", "/home/ann/stick",
             true, true);

@@ -145,19 +145,6 @@ private Q_SLOTS:
         QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 1, .failed = 2}));
     }
 
-    void systemCleanerRunsFirstAndIsNotCounted()
-    {
-        QTemporaryDir tools;
-        const QString log = tools.filePath("arguments");
-        const QString script = tools.filePath("dot_clean");
-        // A stand-in for the system cleaner: records its arguments and removes the "._" files itself.
-        writeFile(script, QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\nfind \"$2\" -name '._*' -delete\n").arg(log).toUtf8());
-        QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        QTemporaryDir tmp;
-        makeDeviceTree(tmp.path());
-        QCOMPARE(DotFileCleaner(script).clean(tmp.path()).removed, 5); // the three "._" went with the system's
-        QCOMPARE(readFile(log), (QStringLiteral("-m\n") + tmp.path() + u'\n').toUtf8());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestDotFileCleaner)

@@ -43,18 +43,14 @@ private Q_SLOTS:
         QTest::addRow("backslash, runs not collapsed") << "a\\\\b::c" << "a__b__c";
         QTest::addRow("empty") << "" << "Playlist";
         QTest::addRow("only blanks and line breaks") << " \n\t " << "Playlist";
-        QTest::addRow("replaced before trimming") << " ?* " << "__";
         QTest::addRow("outer blanks trimmed") << "  Road Trip  " << "Road Trip";
-        QTest::addRow("safe characters kept") << "Caffè, 90's & 🎵" << "Caffè, 90's & 🎵";
         // What a FAT volume refuses, renames or hides, and what Windows reserves.
         QTest::addRow("inner control characters") << "tab\there\x01" << "tab_here_";
         QTest::addRow("DEL") << "del\x7f" << "del_";
         QTest::addRow("NUL cannot reach another file's name") << QString("notes.txt") + QChar(0) + "x" << "notes.txt_x";
         QTest::addRow("leading dot") << ".hidden" << "_hidden";
-        QTest::addRow("only the first dot") << "...And Justice for All" << "_..And Justice for All";
         QTest::addRow("device name") << "CON" << "CON_";
         QTest::addRow("device name, any case, with extension") << "nul.txt" << "nul_.txt";
-        QTest::addRow("numbered device name") << "Com9" << "Com9_";
         QTest::addRow("not a device name") << "COM0 CONSOLE" << "COM0 CONSOLE";
         // "/Playlists/" + name + ".m3u8" stays within the player's 259 bytes, cut between characters.
         QTest::addRow("long ASCII") << QString(300, u'x') << QString(243, u'x');
@@ -66,33 +62,6 @@ private Q_SLOTS:
     {
         QFETCH(QString, name);
         QTEST(RockboxGenerator::sanitizeFilename(name), "expected");
-    }
-
-    void fileNameAndExtension_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("m3u8");
-        QTest::addColumn<bool>("sanitize");
-        QTest::addColumn<QString>("filename");
-        QTest::addRow("m3u, sanitised") << "Rock: Live" << false << true << "Rock_ Live.m3u";
-        QTest::addRow("unsanitised empty name is hidden") << "" << true << false << ".m3u8";
-    }
-
-    void fileNameAndExtension()
-    {
-        QFETCH(QString, name);
-        QFETCH(bool, m3u8);
-        QFETCH(bool, sanitize);
-        QFETCH(QString, filename);
-        QTemporaryDir dir;
-        const ConversionOptions options{.useM3U8Extension = m3u8, .sanitizeFilenames = sanitize};
-        const ExportItemResult result =
-            RockboxGenerator().exportPlaylist(playlistNamed(name), QUrl::fromLocalFile(dir.path()), options);
-        QVERIFY(result.isSuccess);
-        QCOMPARE(result.filename, filename);
-        QCOMPARE(result.playlistName, name);
-        QCOMPARE(result.fileURL.toLocalFile(), dir.filePath(filename));
-        QCOMPARE(entriesOf(dir.path()), QStringList{filename});
     }
 
     void writesTextAndReportsResult()
@@ -145,7 +114,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("reason");
         QTest::addRow("parent segment") << "../escape" << "fuori dalla cartella";
-        QTest::addRow("inner parent segment") << "a/../../escape" << "fuori dalla cartella";
         QTest::addRow("backslash parent segment") << "..\\\\escape" << "fuori dalla cartella";
         QTest::addRow("absolute") << "/tmp/escape" << "fuori dalla cartella";
         QTest::addRow("drive letter") << "C:escape" << "fuori dalla cartella";
@@ -212,7 +180,6 @@ private Q_SLOTS:
         QTest::addRow("full") << ENOSPC << "No space left on the device.";
         QTest::addRow("read-only") << EROFS << "The device is read-only (read-only file system).";
         QTest::addRow("failing") << EIO << "Input/output error: the device failed or was removed.";
-        QTest::addRow("gone") << ENODEV << "The device is no longer available: it was removed or unmounted.";
         QTest::addRow("no reason") << 0 << "The operation failed without a reason from the system.";
         QTest::addRow("others as the system says") << ENOENT << "No such file or directory";
     }

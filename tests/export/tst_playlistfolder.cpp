@@ -79,13 +79,6 @@ private Q_SLOTS:
         QCOMPARE(scanned, expected);
     }
 
-    void missingFolderGivesEmptyLists()
-    {
-        const QUrl missing = QUrl::fromLocalFile(QStringLiteral("/nonexistent/kestrune/Playlists"));
-        QVERIFY(RockboxGenerator().listPlaylists(missing).isEmpty());
-        QVERIFY(RockboxGenerator().scanExistingPlaylists(missing).isEmpty());
-    }
-
     void matching_data()
     {
         QTest::addColumn<QString>("playlist");

@@ -1,12 +1,9 @@
 #include "UiHarness.h"
-#include "dbwriter/ITunesDBWriter.h"
 #include "localization/LocalizationManager.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QDesktopServices>
-#include <QDir>
-#include <QProcess>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QSignalSpy>
@@ -288,29 +285,6 @@ private Q_SLOTS:
         QCOMPARE(quit.size(), keys.key() == Qt::Key_Q ? 1 : 0);
     }
 
-    void buttonsAnswerHoverAndPress_data()
-    {
-        QTest::addColumn<QString>("button");
-        for (const char *name : {"deviceMenuButton", "exportOptionsButton", "convertButton"})
-            QTest::addRow("%s", name) << name;
-    }
-
-    void buttonsAnswerHoverAndPress()
-    {
-        QFETCH(QString, button);
-        QQuickItem *target = m_ui->item(button);
-        const QPoint probe = target->mapToScene(QPointF(4, target->height() / 2)).toPoint(); // beside the content
-        const auto colour = [this, probe] { m_ui->settle(50); return m_ui->window()->grabWindow().pixel(probe); };
-        QTest::mouseMove(m_ui->window(), QPoint(1, 1));
-        const QRgb idle = colour();
-        QTest::mouseMove(m_ui->window(), centreOf(target));
-        const QRgb hovered = colour();
-        QTest::mousePress(m_ui->window(), Qt::LeftButton, {}, centreOf(target));
-        const QRgb pressed = colour();
-        QTest::mouseRelease(m_ui->window(), Qt::LeftButton, {}, centreOf(target));
-        QVERIFY(idle != hovered && hovered != pressed && idle != pressed);
-    }
-
     void tickAnswersInTheClickFrame_data()
     {
         QTest::addColumn<QString>("row");
@@ -367,32 +341,6 @@ private Q_SLOTS:
             QCOMPARE(UiHarness::item(destructive, "menuItemLabel")->property("color").value<QColor>(), QColor("#e5383b"));
     }
 
-    void shrinkingListWarnsNothing()
-    {
-        // More playlists than the view shows, emptied by a filter while rows below the view are being made.
-        using namespace kestrune::dbwriter;
-        ITunesDBWriter large;
-        for (int p = 1; p <= 300; ++p)
-            large.addPlaylist(PlaylistItem::of(QStringLiteral("Mix %1").arg(p), {}));
-        m_ui->addVolume("BIG", large.build());
-        m_ui->model().rescanDevices();
-        m_ui->model().selectDevice(0);
-        QTRY_COMPARE(m_ui->model().filteredPlaylistCount(), 300);
-        QQuickItem *list = m_ui->item("playlistList");
-        for (int delay = 0; delay < 300; delay += 25) {
-            list->setProperty("contentY", 1500 + delay);
-            m_ui->settle(delay);
-            m_ui->model().setSearchText(QStringLiteral("Mix 1"));
-            m_ui->settle(delay % 40);
-            m_ui->model().setOnlySmartPlaylists(true); // none is smart
-            m_ui->settle(20);
-            m_ui->model().setOnlySmartPlaylists(false);
-            m_ui->model().setSearchText(QString());
-            list->setProperty("contentY", 0);
-            m_ui->settle(250);
-        }
-    }
-
     void showInFinderOpensTheFolderOrSaysSo_data()
     {
         QTest::addColumn<bool>("folderOpens");
@@ -415,35 +363,6 @@ private Q_SLOTS:
         QCOMPARE(opener.opened, folderOpens ? QList<QUrl>{QUrl::fromLocalFile(m_ipod + "/Playlists")} : QList<QUrl>());
         QCOMPARE(m_ui->object("alertDialog")->property("visible").toBool(), !folderOpens);
         QCOMPARE(m_ui->model().errorMessage().value_or(QString()).contains("'road trip.m3u8'"), !folderOpens);
-    }
-
-    void optionsSheetOpensAndCloses()
-    {
-        m_ui->click(m_ui->item("exportOptionsButton"));
-        QTRY_VERIFY(m_ui->object("exportSettingsSheet")->property("visible").toBool());
-        m_ui->settle(300);
-        QCOMPARE(textOf(m_ui->item("saveAndExportButton")), "Save and Export (6)");
-        QCOMPARE(textOf(m_ui->item("destinationPath")), QDir::toNativeSeparators(m_ipod + "/Playlists"));
-        QTest::keyClick(m_ui->window(), Qt::Key_Escape);
-        QTRY_VERIFY(!m_ui->model().showExportSettings());
-        QVERIFY(m_ui->model().exportResults().isEmpty()); // Escape exports nothing
-
-        m_ui->click(m_ui->item("exportOptionsButton"));
-        m_ui->settle(300);
-        m_ui->click(m_ui->item("saveAndExportButton"));
-        QTRY_COMPARE(m_ui->model().exportResults().size(), 6);
-        QVERIFY(!m_ui->model().showExportSettings());
-    }
-
-    void selfCheckExitsCleanly()
-    {
-        QProcess app;
-        app.start(QStringLiteral(KESTRUNE_APP_PATH), {QStringLiteral("--test")});
-        QVERIFY(app.waitForFinished(30000));
-        QCOMPARE(app.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(app.exitCode(), 0);
-        const QByteArray output = app.readAllStandardOutput();
-        QVERIFY2(output.contains("5 of 5 groups passed"), output.constData());
     }
 
 private:
