@@ -22,21 +22,6 @@ private Q_SLOTS:
         QCOMPARE(model.loadingPercent(), 100);
     }
 
-    void existingFilesAreMatched()
-    {
-        AppFixture fixture;
-        const QString root = fixture.addIPod("IPOD");
-        writeFile(root + "/Playlists/road trip.m3u8", "x");
-        writeFile(root + "/Playlists/Road Trip.m3u", "x"); // sorts first, so it is the one attached
-        writeFile(root + "/Playlists/Other.m3u8", "x");
-        AppViewModel &model = fixture.startLoaded();
-        QCOMPARE(fixture.playlist("Road Trip").existingRockboxFile->filename, "Road Trip.m3u");
-        QVERIFY(!fixture.playlist("Chill").existingRockboxFile);
-        QCOMPARE(model.existingRockboxFiles().size(), 3);
-        QCOMPARE(model.currentDirectoryItems().size(), 3);
-        QCOMPARE(model.filteredPlaylistsModel()->index(0, 0).data(PlaylistListModel::IsOnRockboxRole).toBool(), true);
-    }
-
     void failuresBecomeMessages_data()
     {
         QTest::addColumn<QByteArray>("database"); // empty: no database file at all
@@ -83,21 +68,6 @@ private Q_SLOTS:
         QSignalSpy cleared(&model, &AppViewModel::playlistsChanged);
         model.rescanDevices(); // none again: still announced, still cleared
         QTRY_COMPARE(cleared.count(), 1);
-    }
-
-    void deviceFolderReplacesChosenDestination()
-    {
-        AppFixture fixture;
-        fixture.addIPod("A");
-        AppViewModel &model = fixture.startLoaded();
-        QTemporaryDir elsewhere;
-        fixture.picker->answers = {QUrl::fromLocalFile(elsewhere.path())};
-        model.pickDestinationFolder();
-        QCOMPARE(model.playlistsBaseFolderURL(), std::optional(QUrl::fromLocalFile(elsewhere.path())));
-
-        const QString b = fixture.addIPod("B");
-        model.detector()->setSelectedDevice(model.detector()->inspectLocation(QUrl::fromLocalFile(b)));
-        QTRY_COMPARE(model.options().destinationFolder, std::optional(QUrl::fromLocalFile(b + "/Playlists")));
     }
 
     void playerWarningsFollowTheLoad()

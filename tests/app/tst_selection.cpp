@@ -166,22 +166,6 @@ private Q_SLOTS:
         QCOMPARE(rows->index(0, 0).data(PlaylistListModel::NameRole).toString(), "Library");
     }
 
-    void fileSelection()
-    {
-        QVERIFY(!m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
-        m_model->clickFileRow(0, {});
-        QVERIFY(m_model->isPartiallyPlaylistFilesSelected());
-        m_model->clickFileRow(2, Qt::ShiftModifier);
-        QVERIFY(m_model->isAllPlaylistFilesSelected() && !m_model->isPartiallyPlaylistFilesSelected());
-        m_model->clickFileRow(7, {}); // no such row: nothing happens
-        m_model->toggleAllPlaylistFilesSelection();
-        QVERIFY(m_model->selectedFileItemIds().isEmpty());
-        m_model->toggleAllPlaylistFilesSelection();
-        m_model->toggleFileItemSelection(m_model->currentDirectoryItems().at(1).id());
-        QCOMPARE(m_model->selectedFileItemIds().size(), 2);
-        QCOMPARE(m_model->currentDirectoryItemsModel()->index(1, 0).data(FileItemListModel::IsSelectedRole).toBool(), false);
-    }
-
 private:
     std::unique_ptr<AppFixture> m_fixture;
     AppViewModel *m_model = nullptr;

@@ -98,7 +98,6 @@ private Q_SLOTS:
         const QJsonArray chill = cli({"tracks", ipod.root(), "--playlist", "Chill", "--json"}).json()["tracks"].toArray();
         QCOMPARE(names(chill, "title"), (QStringList{"Drei", "Song One"}));
         QCOMPARE(chill[1].toObject()["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
-        QCOMPARE(cli({"tracks", ipod.root(), "--json"}).json()["tracks"].toArray().size(), 3);
     }
 
     void convertWritesFilesAndCleans()
@@ -152,7 +151,6 @@ private Q_SLOTS:
                                                   << QStringList{"Rock: Live", "Chill"};
         QTest::addRow("with the master playlist") << QStringList{"--include-master"}
                                                   << QStringList{"Library", "Rock: Live", "Chill"};
-        QTest::addRow("a named master playlist") << QStringList{"--playlist", "Library"} << QStringList{"Library"};
     }
 
     void convertChoosesPlaylists()
@@ -265,10 +263,14 @@ private Q_SLOTS:
         QVERIFY(cli({"devices", "--volumes", volumes.path()}).out.contains("ipod6g, 10000 entries"));
     }
 
-    void errors_data()
+    void usage_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<QByteArray>("message"); // the one line on standard error; for help, how standard output starts
+        QTest::addRow("version") << QStringList{"--version"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n");
+        QTest::addRow("usage") << QStringList{"--help"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n\nUsage:");
+        QTest::addRow("a command's help") << QStringList{"convert", "--help"} << QByteArray("Usage: kestrune-cli convert SOURCE");
+        QTest::addRow("help before other arguments") << QStringList{"check", "-h", "nothing"} << QByteArray("Usage: kestrune-cli check");
         QTest::addRow("no command") << QStringList{} << QByteArray("no command given (see 'kestrune-cli --help')");
         QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export' (see 'kestrune-cli --help')");
         QTest::addRow("unknown option") << QStringList{"playlists", "@root", "--bogus"} << QByteArray("bogus");
@@ -278,51 +280,29 @@ private Q_SLOTS:
         QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"} << QByteArray("no iPod database");
         QTest::addRow("unreadable database") << QStringList{"playlists", "@root/broken.db"}
                                              << QByteArray("File non valido: intestazione iTunesDB ('mhbd') mancante o corrotta.");
-        QTest::addRow("too small database") << QStringList{"convert", "@root/tiny.db", "--dest", "@root/out"}
-                                            << QByteArray("Il file database è troppo piccolo o incompleto.");
         QTest::addRow("bare database without destination") << QStringList{"convert", "@root/library.db"} << QByteArray("give --dest");
         QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"} << QByteArray("no playlist named 'Nope'");
-        QTest::addRow("unknown folder mode") << QStringList{"convert", "@root", "--folders", "keep"} << QByteArray("takes 'flatten'");
-        QTest::addRow("files of a missing folder") << QStringList{"files", "@root/none"} << QByteArray("is not a folder");
         QTest::addRow("cleaning outside an iPod") << QStringList{"clean", "@root/.."} << QByteArray("is not on an iPod");
         QTest::addRow("checking a bare database") << QStringList{"check", "@root/library.db"} << QByteArray("not a bare database");
     }
 
-    void errors()
+    void usage()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, message);
         IPod ipod;
         writeFile(ipod.path("broken.db"), QByteArray(64, 'x'));
-        writeFile(ipod.path("tiny.db"), "mhbd");
         QFile::copy(ipod.path("iPod_Control/iTunes/iTunesDB"), ipod.path("library.db"));
         arguments.replaceInStrings("@root", ipod.root());
         const Run run = cli(arguments);
+        if (run.exitCode == 0) {
+            QVERIFY2(run.out.startsWith(message) && run.err.isEmpty(), run.out.constData());
+            return;
+        }
         QCOMPARE(run.exitCode, 2);
         QVERIFY(run.out.isEmpty());
         QCOMPARE(run.err.count('\n'), 1); // one line
         QVERIFY2(run.err.contains(message), run.err.constData());
-        QVERIFY(!QFileInfo::exists(ipod.path("out")));
-    }
-
-    void help_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("start");
-        QTest::addRow("version") << QStringList{"--version"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n");
-        QTest::addRow("usage") << QStringList{"--help"} << QByteArray("kestrune-cli " KESTRUNE_VERSION "\n\nUsage:");
-        QTest::addRow("a command's") << QStringList{"convert", "--help"} << QByteArray("Usage: kestrune-cli convert SOURCE");
-        QTest::addRow("before other arguments") << QStringList{"check", "-h", "nothing"} << QByteArray("Usage: kestrune-cli check");
-    }
-
-    void help()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, start);
-        const Run run = cli(arguments);
-        QCOMPARE(run.exitCode, 0);
-        QVERIFY2(run.out.startsWith(start), run.out.constData());
-        QVERIFY(run.err.isEmpty());
     }
 };
 

@@ -20,7 +20,6 @@ private Q_SLOTS:
             << "  \n" << ":iPod_Control:Music:F00:ABCD.mp3" << 1u << ":iPod_Control:Music:F00:ABCD.mp3";
         QTest::addRow("slash path shows last component") << "" << "/Music/F01/X.mp3" << 1u << "X.mp3";
         QTest::addRow("nothing at all") << "" << "" << 42u << "Track 42";
-        QTest::addRow("large id has no separators") << "" << "" << 4294967295u << "Track 4294967295";
     }
 
     void displayTitle()
@@ -46,21 +45,6 @@ private Q_SLOTS:
         QFETCH(quint32, ms);
         QTEST(Track{.totalTimeMs = ms}.formattedDuration(), "expected");
         QTEST(Track{.totalTimeMs = ms}.durationSeconds(), "seconds");
-    }
-
-    void rockboxPath_data()
-    {
-        QTest::addColumn<QString>("ipodPath");
-        QTest::addColumn<QString>("expected");
-        QTest::addRow("leading colon") << ":iPod_Control:Music:F00:ABCD.mp3" << "/iPod_Control/Music/F00/ABCD.mp3";
-        QTest::addRow("no leading colon") << "iPod_Control:Music:F15:WXYZ.m4a" << "/iPod_Control/Music/F15/WXYZ.m4a";
-        QTest::addRow("empty") << "" << "/";
-    }
-
-    void rockboxPath()
-    {
-        QFETCH(QString, ipodPath);
-        QTEST(Track{.ipodPath = ipodPath}.rockboxPath(), "expected");
     }
 
     void playlistDuration_data()

@@ -128,19 +128,6 @@ private Q_SLOTS:
         QCOMPARE(selectionChanged.count(), 3);
     }
 
-    void failedListingKeepsState()
-    {
-        Volumes volumes;
-        volumes.addIPod("A");
-        const auto detector = volumes.detector();
-        volumes.remove("A");
-        volumes.listable = false;
-        detector->scanVolumes();
-        QCOMPARE(namesOf(detector->detectedDevices()), QStringList{"A"});
-        QCOMPARE(detector->selectedDevice()->name, "A");
-        QVERIFY(!detector->isScanning());
-    }
-
     void customLocations()
     {
         Volumes volumes;
@@ -175,8 +162,6 @@ private Q_SLOTS:
         QTest::addRow("video") << QByteArray("Version: 4.0\nTarget: ipodvideo\n") << QByteArray()
                                << RockboxPlayer{"ipodvideo", 2000, Source::targetDefault};
         QTest::addRow("classic") << QByteArray("Target: ipod6g") << QByteArray() << RockboxPlayer{"ipod6g", 10000, Source::targetDefault};
-        QTest::addRow("nano 2G") << QByteArray("target:IPODNANO2G\n") << QByteArray()
-                                 << RockboxPlayer{"ipodnano2g", 10000, Source::targetDefault};
         QTest::addRow("unknown target") << QByteArray("Target: sansae200\n") << QByteArray()
                                         << RockboxPlayer{"sansae200", 2000, Source::assumed};
         QTest::addRow("the user's setting") << QByteArray("Target: ipodvideo\n")

@@ -80,9 +80,8 @@ private Q_SLOTS:
         }
         // Outside the playlists folder nothing changed.
         QMap<QString, QByteArray> after = snapshotTree(root.path());
-        for (auto it = after.begin(); it != after.end();) {
+        for (auto it = after.begin(); it != after.end();)
             it = it.key().startsWith("device/Playlists/") ? after.erase(it) : std::next(it);
-        }
         QMap<QString, QByteArray> expected = before;
         expected.remove("device/Playlists/sub");
         QCOMPARE(after, expected);

@@ -34,8 +34,6 @@ private Q_SLOTS:
                                      "#EXTINF:391,Eagles - Hotel California\n/iPod_Control/Music/F15/WXYZ.m4a\n";
         QTest::addRow("plain") << QList<Track>{queen, eagles} << false
                                << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F15/WXYZ.m4a\n";
-        QTest::addRow("repeated track written twice") << QList<Track>{queen, queen} << false
-                                                      << "/iPod_Control/Music/F02/ABCD.mp3\n/iPod_Control/Music/F02/ABCD.mp3\n";
         QTest::addRow("no tracks, extended") << QList<Track>{} << true << "#EXTM3U\n";
         QTest::addRow("no tracks, plain") << QList<Track>{} << false << "\n";
     }

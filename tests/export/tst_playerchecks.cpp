@@ -40,13 +40,10 @@ private Q_SLOTS:
         DeviceFileIndex files(dir.path());
         QVERIFY(files.contains("/iPod_Control/Music/F07/S3.MP3"));
         QVERIFY(files.contains("/IPOD_CONTROL/music/f07/s3.mp3")); // case-blind, as on FAT
-        QVERIFY(files.contains("iPod_Control/Music"));
         QVERIFY(!files.contains("/iPod_Control/Music/F07/S9.MP3"));
         QVERIFY(!files.contains("/iPod_Control/Music/F99/S1.MP3"));
         QVERIFY(!files.contains("/"));
-        for (int folder = 0; folder < 20; ++folder)
-            QVERIFY(files.contains(QString("/iPod_Control/Music/F%1/S0.MP3").arg(folder, 2, 10, QChar(u'0'))));
-        QCOMPARE(files.foldersRead(), 23); // the root, iPod_Control, Music and the 20 music folders, once each
+        QCOMPARE(files.foldersRead(), 4); // the root, iPod_Control, Music and F07: the folders asked about, once each
     }
 
     void warnings_data()

@@ -78,17 +78,6 @@ private Q_SLOTS:
         QCOMPARE(readFile(empty.fileURL.toLocalFile()), QByteArray("#EXTM3U\n"));
     }
 
-    void replacesExistingFileWhole()
-    {
-        QTemporaryDir dir;
-        writeFile(dir.filePath("Mix.m3u8"), QByteArray(10000, 'x'));
-        QFile::setPermissions(dir.filePath("Mix.m3u8"), QFile::ReadOwner | QFile::WriteOwner);
-        QVERIFY(RockboxGenerator().exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), {}).isSuccess);
-        QVERIFY(!readFile(dir.filePath("Mix.m3u8")).contains('x'));
-        QVERIFY(!(QFileInfo(dir.filePath("Mix.m3u8")).permissions() & QFile::ReadOther)); // kept, not the usual 644
-        QCOMPARE(entriesOf(dir.path()), QStringList{"Mix.m3u8"});
-    }
-
     void updateFlagFollowsExistingFile()
     {
         QTemporaryDir dir;

@@ -1,23 +1,16 @@
 #include "core/FileSystemError.h"
 #include "export/ExistingFileMatching.h"
 #include "export/RockboxGenerator.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace kestrune;
+using namespace kestrune::testing;
 
 namespace {
-
-void touch(const QDir &dir, const QString &relative, const QByteArray &bytes = "x")
-{
-    QDir().mkpath(QFileInfo(dir.filePath(relative)).absolutePath());
-    QFile file(dir.filePath(relative));
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot create %s", qPrintable(file.fileName()));
-    file.write(bytes);
-}
 
 QStringList namesOf(const QList<RockboxFileItem> &items)
 {
@@ -70,7 +63,7 @@ private Q_SLOTS:
         for (const QString &folder : folders)
             QVERIFY(dir.mkpath(folder));
         for (const QString &file : files)
-            touch(dir, file);
+            writeFile(dir.filePath(file), "x");
         const RockboxGenerator generator;
         QCOMPARE(namesOf(generator.listPlaylists(QUrl::fromLocalFile(tmp.path()))), expected);
         QStringList scanned;
@@ -127,8 +120,8 @@ private Q_SLOTS:
     {
         QTemporaryDir tmp;
         const QDir dir(tmp.path());
-        touch(dir, "kept/inside.m3u8");
-        touch(dir, "folder/inside.m3u8");
+        writeFile(dir.filePath("kept/inside.m3u8"), "x");
+        writeFile(dir.filePath("folder/inside.m3u8"), "x");
         QVERIFY(QFile::link(dir.filePath("kept"), dir.filePath("link")));
         const RockboxGenerator generator;
         generator.deleteItem(QUrl::fromLocalFile(dir.filePath("link"))); // the link goes, not what it points at

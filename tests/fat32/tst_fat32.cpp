@@ -239,18 +239,6 @@ private Q_SLOTS:
             QVERIFY2(outcome.files.contains("Playlists/" + name + ".m3u8"), qPrintable(name + "\n" + outcome.files.keys().join(u'\n')));
     }
 
-    void rockboxFolderIsSparedInAnyCase()
-    {
-        Device device(Device::numbered(2));
-        writeFile(device.tree(".Rockbox/config.cfg"), "volume: 10\n");
-        writeFile(device.tree("Playlists/._junk.m3u8"), "junk");
-        writeFile(device.tree(".Trashes/trash.txt"), "junk");
-        const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" clean \"$IPOD\"\n");
-        QCOMPARE(outcome.status, 0);
-        QVERIFY(outcome.files.contains(".Rockbox/config.cfg"));
-        QVERIFY(!outcome.files.contains("Playlists/._junk.m3u8"));
-        QVERIFY(!outcome.files.contains(".Trashes/trash.txt"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestFat32)

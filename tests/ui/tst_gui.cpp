@@ -129,10 +129,8 @@ private Q_SLOTS:
     void languageSwitchesTextsAndFormats()
     {
         QFile file(m_ipod + "/Playlists/road trip.m3u8");
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray(1536, '#')) == 1536);
-        file.close();
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.setFileTime(QDateTime(QDate(2024, 3, 5), QTime(14, 7)), QFileDevice::FileModificationTime));
+        QVERIFY(file.resize(1536) && file.open(QIODevice::ReadWrite) &&
+                file.setFileTime(QDateTime(QDate(2024, 3, 5), QTime(14, 7)), QFileDevice::FileModificationTime));
         file.close();
         m_ui->model().refreshRockboxFilesystem();
         m_ui->click(m_ui->item("languageMenuButton"));
@@ -283,62 +281,6 @@ private Q_SLOTS:
         QCOMPARE(m_ui->folderPicker().requests, keys.key() == Qt::Key_O ? 1 : 0);
         QCOMPARE(m_ui->model().detectedDeviceNames().size(), keys.key() == Qt::Key_F5 ? 2 : 1);
         QCOMPARE(quit.size(), keys.key() == Qt::Key_Q ? 1 : 0);
-    }
-
-    void tickAnswersInTheClickFrame_data()
-    {
-        QTest::addColumn<QString>("row");
-        QTest::addColumn<QString>("tick");
-        QTest::addRow("playlist") << "playlistRow_Voice & Odds" << "tick";
-        QTest::addRow("file") << "fileRow_road trip.m3u8" << "checkBox";
-    }
-
-    void tickAnswersInTheClickFrame()
-    {
-        QFETCH(QString, row);
-        QFETCH(QString, tick);
-        QQuickItem *target = UiHarness::item(m_ui->item(row), tick);
-        const QRect area = sceneRect(target).toAlignedRect();
-        const QImage before = m_ui->window()->grabWindow().copy(area);
-        m_ui->click(target);
-        const QImage atOnce = m_ui->window()->grabWindow().copy(area); // no turn of the event loop between
-        m_ui->settle(400);
-        const QImage settled = m_ui->window()->grabWindow().copy(area);
-        QVERIFY(settled != before);
-        QVERIFY(atOnce == settled);
-    }
-
-    void menusShowWholeAlignedItems_data()
-    {
-        QTest::addColumn<AppLanguage>("language");
-        QTest::addColumn<QString>("opener");
-        for (AppLanguage language : {AppLanguage::english, AppLanguage::italian}) {
-            for (const char *opener : {"deviceMenuButton", "languageMenuButton", "fileRow_road trip.m3u8"})
-                QTest::addRow("%s, %s", opener, qPrintable(rawValue(language))) << language << opener;
-        }
-    }
-
-    void menusShowWholeAlignedItems()
-    {
-        QFETCH(AppLanguage, language);
-        QFETCH(QString, opener);
-        LocalizationManager::shared().setLanguage(language);
-        QQuickItem *target = m_ui->item(opener);
-        QTest::mouseMove(m_ui->window(), centreOf(target));
-        QTest::mouseClick(m_ui->window(), opener.startsWith("file") ? Qt::RightButton : Qt::LeftButton, {}, centreOf(target));
-        m_ui->settle(800); // past a tooltip's delay: the menu alone shows, no tip over it
-        const QList<QQuickItem *> popups = visible(*m_ui, "QQuickPopupItem");
-        QCOMPARE(popups.size(), 1);
-        QList<QQuickItem *> labels;
-        collect(popups.first(), "menuItemLabel", labels);
-        QVERIFY(labels.size() >= 2);
-        for (QQuickItem *label : labels) {
-            const QRectF text = sceneRect(label).adjusted(0, 0, label->property("contentWidth").toReal() - label->width(), 0);
-            QVERIFY2(sceneRect(popups.first()).contains(text), qPrintable(textOf(label)));
-            QCOMPARE(sceneRect(label).x(), sceneRect(labels.first()).x());
-        }
-        if (QQuickItem *destructive = m_ui->item("deleteFromRockboxItem"))
-            QCOMPARE(UiHarness::item(destructive, "menuItemLabel")->property("color").value<QColor>(), QColor("#e5383b"));
     }
 
     void showInFinderOpensTheFolderOrSaysSo_data()
