@@ -32,9 +32,9 @@ PlaylistSearchIndex::PlaylistSearchIndex(const QList<Playlist> &playlists)
                 slot = indexOfTrack.insert(track.id, int(m_foldedTitles.size()));
                 m_foldedTitles.push_back(folded(track.title));
                 m_foldedArtists.push_back(folded(track.artist));
-                lastSeenIn.push_back(-1);
-            }
-            if (lastSeenIn[size_t(*slot)] != playlistNumber) {
+                lastSeenIn.push_back(playlistNumber);
+                members.push_back(*slot);
+            } else if (lastSeenIn[size_t(*slot)] != playlistNumber) {
                 lastSeenIn[size_t(*slot)] = playlistNumber;
                 members.push_back(*slot);
             }

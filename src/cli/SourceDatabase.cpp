@@ -54,11 +54,9 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
 std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
 {
     try {
-        ParseResult library = ITunesDBParser().parse(
-            QUrl::fromLocalFile(source.databasePath), [&output, percent = -1](qint64 done, qint64 total) mutable {
-                const int now = total > 0 ? int(done * 100 / total) : 100;
-                if (now != percent)
-                    output.progress(QStringLiteral("Reading the database... %1%").arg(percent = now));
+        ParseResult library =
+            ITunesDBParser().parse(QUrl::fromLocalFile(source.databasePath), [&output](int percent) {
+                output.progress(QStringLiteral("Reading the database... %1%").arg(percent));
             });
         output.endProgress();
         if (library.looksTruncated) {

@@ -31,7 +31,7 @@ DatabaseFile::DatabaseFile(const QString &path, ReadProgress progress) : m_file(
     }
     // Untouched, the buffer's pages take no memory: only the parts loaded do.
     m_bytes = QByteArray(qsizetype(m_file.size()), Qt::Uninitialized);
-    m_loaded.assign(size_t((m_bytes.size() >> chunkShift) + 1), 0);
+    m_loaded.assign(size_t((m_bytes.size() >> chunkShift) + 1), false);
 }
 
 void DatabaseFile::loadChunk(qsizetype chunk)
@@ -50,16 +50,17 @@ void DatabaseFile::loadChunk(qsizetype chunk)
             throw ParseError::readFailed(QStringLiteral("il file è cambiato durante la lettura"));
         done += count;
     }
-    m_loaded[size_t(chunk)] = 1;
+    m_loaded[size_t(chunk)] = true;
     m_bytesRead += length;
-    if (m_progress)
-        m_progress(m_bytesRead, m_bytes.size());
+    const int percent = int(m_bytesRead * 100 / m_bytes.size()); // a chunk was read: the file is not empty
+    if (m_progress && percent > m_percentTold)
+        m_progress(m_percentTold = percent);
 }
 
 void DatabaseFile::finish()
 {
-    if (m_progress && m_bytesRead < m_bytes.size())
-        m_progress(m_bytes.size(), m_bytes.size());
+    if (m_progress && m_percentTold < 100)
+        m_progress(m_percentTold = 100);
 }
 
 } // namespace kestrune

@@ -9,8 +9,8 @@
 
 namespace kestrune {
 
-// How far reading a file has come: the bytes read so far and the file's size.
-using ReadProgress = std::function<void(qint64 bytesRead, qint64 totalBytes)>;
+// How far reading a file has come, in percent; told each time the figure grows, 100 last.
+using ReadProgress = std::function<void(int percent)>;
 
 // A database file read with ordinary reads as the parser comes to its parts, a megabyte at a time, so that
 // a bad sector is an error rather than a signal (as with a memory map), and a part the parser skips (such
@@ -42,8 +42,9 @@ private:
 
     QFile m_file;
     QByteArray m_bytes;
-    std::vector<char> m_loaded;
+    std::vector<bool> m_loaded;
     qint64 m_bytesRead = 0;
+    int m_percentTold = 0;
     ReadProgress m_progress;
 };
 

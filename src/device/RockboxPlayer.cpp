@@ -52,11 +52,12 @@ RockboxPlayer readRockboxPlayer(const QString &deviceRoot)
             player.limitSource = RockboxPlayer::LimitSource::targetDefault;
         }
     }
-    bool isNumber = false;
-    const int userLimit = settingValue(folder + QStringLiteral("config.cfg"), QLatin1StringView("max files in playlist"))
-                              .value_or(QString())
-                              .toInt(&isNumber);
-    if (isNumber && userLimit >= 1000 && userLimit <= 32000) { // the setting's range on the player
+    // A value that is no number reads as 0, outside the range.
+    const int userLimit =
+        settingValue(folder + QStringLiteral("config.cfg"), QLatin1StringView("max files in playlist"))
+            .value_or(QString())
+            .toInt();
+    if (userLimit >= 1000 && userLimit <= 32000) { // the setting's range on the player
         player.playlistLimit = userLimit;
         player.limitSource = RockboxPlayer::LimitSource::userSetting;
     }

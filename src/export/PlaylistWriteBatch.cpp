@@ -170,15 +170,14 @@ PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath
         return Staged{handle, file.error};
 
     const QString folderPart = relativePath.left(relativePath.lastIndexOf(u'/') + 1);
-    int descriptor = -1;
-    for (int attempt = 0; descriptor < 0 && attempt < 16; ++attempt) {
+    int descriptor;
+    int attempt = 0;
+    do { // a fresh random name until one is free
         file.temporaryPath = folderPart + QStringLiteral(".kestrune-") +
                              QString::number(QRandomGenerator::global()->generate(), 36);
         descriptor = ::openat(p.descriptor, encoded(file.temporaryPath).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor < 0 && errno != EEXIST)
-            break;
-    }
+    } while (descriptor < 0 && errno == EEXIST && ++attempt < 16);
     if (descriptor < 0) {
         file.error = describeSystemError(errno);
         file.temporaryPath.clear();

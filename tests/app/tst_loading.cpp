@@ -93,7 +93,8 @@ private Q_SLOTS:
         fixture.mountLine = "36 25 8:17 / " + root.toUtf8() + " rw - vfat /dev/sdb1 rw,codepage=437,iocharset=iso8859-1";
         AppViewModel &model = fixture.startLoaded();
         QVERIFY(model.destinationLacksUtf8Names());
-        fixture.mountLine += ",utf8";
+        model.detector()->setSelectedDevice(std::nullopt);
+        model.setOptions({}); // no folder to write to: nothing to say about one
         QVERIFY(!model.destinationLacksUtf8Names());
     }
 };

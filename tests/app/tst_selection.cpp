@@ -166,6 +166,14 @@ private Q_SLOTS:
         QCOMPARE(rows->index(0, 0).data(PlaylistListModel::NameRole).toString(), "Library");
     }
 
+    void fileTickStates()
+    {
+        m_model->clickFileRow(0, {});
+        QVERIFY(m_model->isPartiallyPlaylistFilesSelected() && !m_model->isAllPlaylistFilesSelected());
+        m_model->selectAllPlaylistFiles();
+        QVERIFY(!m_model->isPartiallyPlaylistFilesSelected() && m_model->isAllPlaylistFilesSelected());
+    }
+
 private:
     std::unique_ptr<AppFixture> m_fixture;
     AppViewModel *m_model = nullptr;

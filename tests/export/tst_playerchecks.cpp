@@ -78,6 +78,23 @@ private Q_SLOTS:
         QTEST(playlistWarnings(playlist, options, 2, &files), "expected");
     }
 
+    void splitKeepsEachPartWithinTheLimit_data()
+    {
+        QTest::addColumn<int>("tracks");
+        QTest::addColumn<QStringList>("parts"); // "name: tracks"
+        QTest::addRow("at the limit") << 2 << QStringList{"P: 2"};
+        QTest::addRow("one past it") << 3 << QStringList{"P (1 of 2): 2", "P (2 of 2): 1"};
+    }
+
+    void splitKeepsEachPartWithinTheLimit()
+    {
+        QFETCH(int, tracks);
+        QStringList parts;
+        for (const Playlist &part : splitToLimit(playlistOf("P", QList<QString>(tracks, ":a.mp3")), 2))
+            parts.append(QStringLiteral("%1: %2").arg(part.name).arg(part.tracks.size()));
+        QTEST(parts, "parts");
+    }
+
     void existingFiles_data()
     {
         QTest::addColumn<QByteArray>("text");

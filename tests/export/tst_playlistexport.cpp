@@ -51,7 +51,9 @@ private Q_SLOTS:
         QTest::addRow("leading dot") << ".hidden" << "_hidden";
         QTest::addRow("device name") << "CON" << "CON_";
         QTest::addRow("device name, any case, with extension") << "nul.txt" << "nul_.txt";
-        QTest::addRow("not a device name") << "COM0 CONSOLE" << "COM0 CONSOLE";
+        QTest::addRow("numbered device name") << "Com9" << "Com9_";
+        QTest::addRow("port zero") << "COM0" << "COM0";
+        QTest::addRow("four characters ending in a digit") << "Mix1" << "Mix1";
         // "/Playlists/" + name + ".m3u8" stays within the player's 259 bytes, cut between characters.
         QTest::addRow("long ASCII") << QString(300, u'x') << QString(243, u'x');
         QTest::addRow("long two-byte characters") << QString(200, QChar(0xE9)) << QString(121, QChar(0xE9));
@@ -158,6 +160,7 @@ private Q_SLOTS:
             succeeded.append(result.isSuccess);
         QCOMPARE(succeeded, (QList<bool>{true, false, false, true}));
         QCOMPARE(results.at(1).errorMessage, std::optional<QString>("Impossibile codificare la playlist in formato UTF-8."));
+        QCOMPARE(results.at(2).errorMessage, std::optional<QString>(describeSystemError(EISDIR)));
         QCOMPARE(entriesOf(dir.path()), (QStringList{"A.m3u8", "B.m3u8", "Blocked.m3u8"})); // no temporary file left
         QCOMPARE(readFile(dir.filePath("Blocked.m3u8/keep")), QByteArray("a folder in the way"));
     }
