@@ -230,12 +230,7 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
         [self, parser = m_parser, generator = m_generator, database = device.itunesDBURL,
          folder = device.playlistsURL] {
             LoadOutcome outcome;
-            int shownPercent = 0;
-            const auto reading = [&self, &shownPercent](qint64 done, qint64 total) {
-                const int percent = total > 0 ? int(done * 100 / total) : 100;
-                if (percent == shownPercent)
-                    return;
-                shownPercent = percent;
+            const auto reading = [&self](int percent) {
                 postToGuiThread(self, [self, percent] {
                     static_cast<AppViewModel *>(self.data())->setLoadingPercent(percent);
                 });
@@ -324,6 +319,7 @@ void AppViewModel::clear()
     setExistingRockboxFiles({});
     setPendingActions({});
     setErrorMessage(std::nullopt);
+    closeStatisticsCopy();
     m_warnings.clear();
     m_player = {};
     Q_EMIT playerChanged();

@@ -98,6 +98,11 @@ class AppViewModel : public QObject {
     // Each result as {playlistName, filename, path, trackCount, isSuccess, isUpdate, errorMessage}.
     Q_PROPERTY(QVariantList exportResultSummaries READ exportResultSummaries NOTIFY exportResultsChanged)
 
+    // Copying the play counts and ratings to Rockbox: "state" is "" (closed), "reading", "ready",
+    // "nothing" (no statistics), "noRockbox", "unreadable", "writing", "done" or "failed" (with "reason");
+    // once read it also holds "tracks", "plays", "rated", "written", "leftOut" and "replaces".
+    Q_PROPERTY(QVariantMap statisticsCopy READ statisticsCopy NOTIFY statisticsCopyChanged)
+
     // The lists as the views show them.
     Q_PROPERTY(QAbstractItemModel *filteredPlaylistsModel READ filteredPlaylistsModel CONSTANT)
     Q_PROPERTY(QAbstractItemModel *currentDirectoryItemsModel READ currentDirectoryItemsModel CONSTANT)
@@ -209,6 +214,12 @@ public:
     [[nodiscard]] QString selectedDeviceName() const;
     Q_INVOKABLE void selectDevice(int index);
     Q_INVOKABLE void rescanDevices();
+
+    // Reads the selected device's statistics and shows what copying them would do; writes on confirmation.
+    Q_INVOKABLE void prepareStatisticsCopy();
+    Q_INVOKABLE void confirmStatisticsCopy();
+    Q_INVOKABLE void closeStatisticsCopy();
+    [[nodiscard]] const QVariantMap &statisticsCopy() const { return m_statisticsCopy; }
     [[nodiscard]] int filteredPlaylistCount() const { return int(m_filteredPlaylists.size()); }
     // 0: no filtered playlist is ticked, 1: some are, 2: all are.
     [[nodiscard]] int filteredTickState() const;
@@ -268,10 +279,12 @@ Q_SIGNALS:
     void filteredPlaylistsChanged();
     void fileSelectionChanged();
     void playerChanged();
+    void statisticsCopyChanged();
 
 private:
     struct LoadOutcome;
     struct FolderListing;
+    struct StatisticsDraft;
 
     template <typename T> void publish(T &field, T value, void (AppViewModel::*changed)());
     // Like publish(), for the fields the filtered playlists depend on.
@@ -302,6 +315,7 @@ private:
     void setConversionProgress(double progress);
     void setExportResults(QList<ExportItemResult> results);
     void setConversionSuccessFeedback(bool raised);
+    void setStatisticsCopy(QVariantMap shown);
 
     void followSelectedDevice();
     void applyLoad(LoadOutcome outcome);
@@ -338,6 +352,8 @@ private:
     bool m_onlySmartPlaylists = false;
     ConversionOptions m_options;
     bool m_isConverting = false;
+    QVariantMap m_statisticsCopy;
+    std::shared_ptr<StatisticsDraft> m_statisticsDraft;
     double m_conversionProgress = 0.0;
     QList<ExportItemResult> m_exportResults;
     bool m_showExportSummary = false;

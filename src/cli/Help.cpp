@@ -15,7 +15,7 @@ struct CommandHelp {
     const char *options; // one "  --option   meaning" line each, or empty
 };
 
-const std::array<CommandHelp, 7> commands{{
+const std::array<CommandHelp, 8> commands{{
     {"playlists", "playlists SOURCE [--on-the-go] [--json]",
      "List the playlists in database order, with the file each matches in SOURCE/Playlists, their folders,\n"
      "and warnings about entries the player will not play.",
@@ -50,6 +50,13 @@ const std::array<CommandHelp, 7> commands{{
      "for the player, entries past its playlist limit; also library playlists without a file, macOS dot\n"
      "files and a FAT volume mounted without UTF-8 names. Exit 1 when some entry will not play.",
      ""},
+    {"stats", "stats SOURCE [--write [--force]] [--json]",
+     "Summarise the play counts and ratings the iPod keeps (with the plays since the last sync). With\n"
+     "--write, put them in .rockbox/database_changelog.txt on the device, for the player's Database >\n"
+     "Import Modifications; tracks whose file is not on the device are left out.",
+     "  --write             write the changelog on the device\n"
+     "  --force             replace a changelog already there (Rockbox writes one on Export "
+     "Modifications)\n"},
     {"devices", "devices [--volumes DIR] [--json]",
      "List the iPods among the mounted volumes (or among the entries of DIR).",
      "  --volumes DIR       look among the entries of DIR instead\n"},

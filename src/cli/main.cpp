@@ -31,7 +31,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("playlists"), runPlaylists}, {QStringLiteral("tracks"), runTracks},
         {QStringLiteral("convert"), runConvert},     {QStringLiteral("files"), runFiles},
         {QStringLiteral("clean"), runClean},         {QStringLiteral("devices"), runDevices},
-        {QStringLiteral("check"), runCheck},
+        {QStringLiteral("check"), runCheck},         {QStringLiteral("stats"), runStats},
     };
     const auto found = commands.find(command);
     if (found == commands.end()) {

@@ -63,6 +63,26 @@ void storeTrackString(Track &track, quint32 type, QString text)
     }
 }
 
+// The statistics words of a track item, each read only when the item's header reaches it: older
+// databases have shorter headers.
+void readStatistics(BinaryReader &reader, const ItemHead &item, Track &track)
+{
+    const auto wordAt = [&](qsizetype offset) {
+        reader.seek(item.start + offset);
+        return reader.readUInt32LE().value_or(0);
+    };
+    if (item.headerLen >= 32) {
+        reader.seek(item.start + 31);
+        track.rating = reader.readUInt8().value_or(0);
+    }
+    if (item.headerLen >= 92) {
+        track.playCount = wordAt(80);
+        track.lastPlayed = wordAt(88);
+    }
+    if (item.headerLen >= 160)
+        track.skipCount = wordAt(156);
+}
+
 void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &tracks)
 {
     // Random tracks of a large table are cache misses. Looking them all up first lets those lookups
@@ -117,21 +137,19 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, ParseWork *work) const
     if (!readTag(reader, QLatin1StringView("mhbd")))
         throw ParseError::invalidHeader();
 
-    const std::optional<quint32> headerLen = reader.readUInt32LE();
-    const std::optional<quint32> declaredLength = reader.readUInt32LE(); // the whole file's, when intact
-    const std::optional<quint32> ignored1 = reader.readUInt32LE();
-    const std::optional<quint32> ignored2 = reader.readUInt32LE();
-    const std::optional<quint32> sectionCount = reader.readUInt32LE();
-    if (!headerLen || !ignored1 || !ignored2 || !sectionCount)
-        throw ParseError::readFailed(QStringLiteral("Impossibile leggere l'header mhbd"));
+    // The size check above leaves every word of the header readable.
+    const quint32 headerLen = *reader.readUInt32LE();
+    const quint32 declaredLength = *reader.readUInt32LE(); // the whole file's, when intact
+    reader.skip(8);
+    const quint32 sectionCount = *reader.readUInt32LE();
 
     ParseBudget budget(dataSize);
     ParseResult result;
-    result.looksTruncated = qint64(declaredLength.value_or(0)) > dataSize;
-    reader.seek(*headerLen);
+    result.looksTruncated = qint64(declaredLength) > dataSize;
+    reader.seek(headerLen);
 
     quint32 sectionsRead = 0;
-    while (reader.remainingBytes() >= 12 && sectionsRead < *sectionCount && budget.spendIteration()) {
+    while (reader.remainingBytes() >= 12 && sectionsRead < sectionCount && budget.spendIteration()) {
         const qsizetype chunkStart = reader.offset();
         const BinaryReader::TagMatch tag = reader.readFourCC(QLatin1StringView("mhsd"));
         if (tag == BinaryReader::TagMatch::unreadable)
@@ -201,6 +219,7 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
             track.year = reader.readUInt32LE().value_or(0);
             track.bitrate = reader.readUInt32LE().value_or(0);
         }
+        readStatistics(reader, item, track);
         reader.seek(item.start + item.headerLen);
         walkDataObjects(reader, item.end(), item.word12, budget,
                         [&](quint32 type, qsizetype start, quint32 headerLen, quint32 totalLen) {

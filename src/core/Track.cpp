@@ -48,7 +48,7 @@ size_t qHash(const Track &track, size_t seed) noexcept
 {
     return qHashMulti(seed, track.id, track.title, track.artist, track.album, track.genre, track.composer,
                       track.ipodPath, track.fileSize, track.totalTimeMs, track.trackNumber, track.year,
-                      track.bitrate);
+                      track.bitrate, track.rating, track.playCount, track.lastPlayed, track.skipCount);
 }
 
 } // namespace kestrune

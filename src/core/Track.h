@@ -20,6 +20,12 @@ struct Track {
     quint32 trackNumber = 0;
     quint32 year = 0;
     quint32 bitrate = 0;
+    // What the iPod counted: a rating in stars x 20 (0-100), plays, the last play in seconds since
+    // 1904-01-01 (the Mac epoch; 0 for never), skips.
+    quint8 rating = 0;
+    quint32 playCount = 0;
+    quint32 lastPlayed = 0;
+    quint32 skipCount = 0;
 
     bool operator==(const Track &) const = default;
 

@@ -98,15 +98,19 @@ QByteArray mhit(const TrackItem &track)
     header.u32(track.stringCount.value_or(quint32(track.strings.size())))
         .u32(track.id)
         .u32(1) // visible
-        .zeros(12)
+        .zeros(7)
+        .u8(track.rating) // at +31
+        .zeros(4)
         .u32(track.fileSize)
         .u32(track.totalTimeMs)
         .u32(track.trackNumber)
         .u32(0) // total tracks
         .u32(track.year)
         .u32(track.bitrate);
-    if (track.headerLength >= 64)
-        header.u32(44100u << 16);
+    header.u32(44100u << 16).padTo(160 - 12); // the header is cut to its length below
+    header.patchU32(80 - 12, track.playCount);
+    header.patchU32(88 - 12, track.lastPlayed);
+    header.patchU32(156 - 12, track.skipCount);
     const quint32 total = track.totalLength.value_or(track.headerLength + lengthOf(body));
     return chunk("mhit", track.headerLength, total, header.data(), body);
 }
@@ -171,6 +175,24 @@ QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength, std::op
     ByteWriter rest; // from offset 12
     rest.u32(1).u32(0x19).u32(sectionCount.value_or(quint32(sections.size())));
     return chunk("mhbd", headerLength, headerLength + lengthOf(body), rest.data(), body);
+}
+
+QByteArray playCountsFile(const QList<PlayCountItem> &entries, quint32 entryLength)
+{
+    ByteWriter writer;
+    writer.bytes("mhdp").u32(0x60).u32(entryLength).u32(quint32(entries.size())).padTo(0x60);
+    for (const PlayCountItem &entry : entries) {
+        ByteWriter item;
+        item.u32(entry.plays)
+            .u32(entry.lastPlayed)
+            .u32(0)
+            .u32(entry.rating)
+            .u32(0)
+            .u32(entry.skips)
+            .padTo(entryLength);
+        writer.bytes(item.data().left(entryLength));
+    }
+    return writer.data();
 }
 
 QByteArray onTheGoFile(const QList<quint32> &indexes, std::optional<quint32> count)

@@ -33,8 +33,12 @@ struct TrackItem {
     quint32 trackNumber = 0;
     quint32 year = 0;
     quint32 bitrate = 0;
+    quint8 rating = 0; // stars x 20
+    quint32 playCount = 0;
+    quint32 lastPlayed = 0; // Mac epoch seconds
+    quint32 skipCount = 0;  // written only with a header of 160 bytes or more
     QList<StringObject> strings;
-    quint32 headerLength = 0x9C;
+    quint32 headerLength = 0xF4;
     std::optional<quint32> stringCount;
     std::optional<quint32> totalLength;
 
@@ -80,6 +84,16 @@ QByteArray mhbd(const QList<QByteArray> &sections, quint32 headerLength = 0x68,
 
 // An On-The-Go playlist file ("mhpo"): one index into the track list, in file order, per entry.
 QByteArray onTheGoFile(const QList<quint32> &indexes, std::optional<quint32> count = {});
+
+// A "Play Counts" file ("mhdp") with entries of `entryLength` bytes (12, 16 or 28 and more): plays, last
+// played, a bookmark, the rating and, at +20, skips; each entry only as far as its length reaches.
+struct PlayCountItem {
+    quint32 plays = 0;
+    quint32 lastPlayed = 0;
+    quint32 rating = 0;
+    quint32 skips = 0;
+};
+QByteArray playCountsFile(const QList<PlayCountItem> &entries, quint32 entryLength = 28);
 
 // A whole database: a track section, then the playlist section (optionally also written as the
 // podcast section, type 3, before it, as iTunes does).

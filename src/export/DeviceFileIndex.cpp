@@ -24,24 +24,26 @@ const DeviceFileIndex::Folder *DeviceFileIndex::folder(const QString &key, const
     return found->has_value() ? &**found : nullptr;
 }
 
-bool DeviceFileIndex::contains(const QString &devicePath)
+std::optional<QString> DeviceFileIndex::storedPath(const QString &devicePath)
 {
     const QStringList parts = devicePath.split(u'/', Qt::SkipEmptyParts);
     if (parts.isEmpty())
-        return false;
+        return std::nullopt;
     QString key;
+    QString spelt;
     const Folder *current = folder(key, m_root);
     for (qsizetype i = 0; current && i < parts.size(); ++i) {
         const QString name = parts.at(i).toCaseFolded();
         const auto stored = current->entries.constFind(name);
         if (stored == current->entries.constEnd())
-            return false;
+            return std::nullopt;
+        spelt += u'/' + *stored;
         if (i == parts.size() - 1)
-            return true;
+            return spelt;
         key += u'/' + name;
         current = folder(key, current->realPath + u'/' + *stored);
     }
-    return false;
+    return std::nullopt;
 }
 
 } // namespace kestrune

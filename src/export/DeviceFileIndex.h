@@ -16,7 +16,10 @@ public:
     explicit DeviceFileIndex(QString deviceRoot);
 
     // `devicePath` relative to the device's root, '/'-separated; a leading '/' is optional.
-    [[nodiscard]] bool contains(const QString &devicePath);
+    [[nodiscard]] bool contains(const QString &devicePath) { return storedPath(devicePath).has_value(); }
+    // The same path spelt as the device stores each name ("/iPod_Control/Music/F00/abcd.MP3"), or none
+    // when it is not there.
+    [[nodiscard]] std::optional<QString> storedPath(const QString &devicePath);
     [[nodiscard]] int foldersRead() const { return int(m_folders.size()); }
 
 private:

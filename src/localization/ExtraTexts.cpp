@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 9> texts{{
+const std::array<Text, 25> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -31,6 +31,41 @@ const std::array<Text, 9> texts{{
     {"deviceRockboxUnknown", "Rockbox target unknown · assuming %1 tracks per playlist",
      "Modello Rockbox sconosciuto · si assumono %1 brani per playlist"},
     {"accessibleTick", "Tick for export", "Seleziona per l'esportazione"},
+    {"statisticsMenuItem", "Copy play counts and ratings to Rockbox…",
+     "Copia conteggi di ascolto e valutazioni su Rockbox…"},
+    {"statisticsTitle", "Play counts and ratings", "Conteggi di ascolto e valutazioni"},
+    {"statisticsReading", "Reading the play counts and ratings on the iPod…",
+     "Lettura dei conteggi di ascolto e delle valutazioni sull'iPod…"},
+    {"statisticsSummary", "%1 tracks have play counts or ratings, with %2 plays in all.",
+     "%1 brani hanno conteggi di ascolto o valutazioni, con %2 ascolti in tutto."},
+    {"statisticsRated", "%1 of them are rated.", "%1 di questi hanno una valutazione."},
+    {"statisticsWillWrite",
+     "%1 go to .rockbox/database_changelog.txt; %2 are left out: their file is not on the iPod, or its path "
+     "is too long for the player.",
+     "%1 vanno in .rockbox/database_changelog.txt; %2 restano fuori: il loro file non è sull'iPod, o il "
+     "percorso è troppo lungo per il lettore."},
+    {"statisticsWillWriteAll", "All %1 go to .rockbox/database_changelog.txt.",
+     "Tutti i %1 vanno in .rockbox/database_changelog.txt."},
+    {"statisticsReplaces",
+     "The changelog already on the iPod (Rockbox writes one on \"Export Modifications\") will be replaced.",
+     "Il changelog già presente sull'iPod (Rockbox ne scrive uno con \"Export Modifications\") verrà "
+     "sostituito."},
+    {"statisticsNextStep",
+     "Then, on the player: Database > Import Modifications. Tracks Rockbox has already played or rated keep "
+     "Rockbox's values.",
+     "Poi, sul lettore: Database > Import Modifications. I brani che Rockbox ha già riprodotto o valutato "
+     "mantengono i valori di Rockbox."},
+    {"statisticsNothing", "The iPod holds no play counts or ratings to copy.",
+     "L'iPod non contiene conteggi di ascolto o valutazioni da copiare."},
+    {"statisticsNoRockbox", "This iPod has no .rockbox folder: install Rockbox on it first.",
+     "Questo iPod non ha la cartella .rockbox: installa prima Rockbox."},
+    {"statisticsUnreadable", "The iPod's database could not be read.",
+     "Impossibile leggere il database dell'iPod."},
+    {"statisticsDone", "Copied: %1 tracks are ready for Rockbox to import.",
+     "Copiati: %1 brani sono pronti per l'importazione in Rockbox."},
+    {"statisticsFailed", "The changelog could not be written: %2", "Impossibile scrivere il changelog: %2"},
+    {"statisticsCopy", "Copy", "Copia"},
+    {"statisticsCancel", "Cancel", "Annulla"},
 }};
 
 } // namespace

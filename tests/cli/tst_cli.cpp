@@ -118,6 +118,7 @@ private Q_SLOTS:
                  (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
 
         const Run text = cli({"convert", ipod.root()});
+        QVERIFY(text.err.isEmpty());
         QCOMPARE(text.out, "  updated Rock_ Live.m3u8 (2 tracks)\n  updated Chill.m3u8 (2 tracks)\n"
                            "2 of 2 playlist(s) written to " + ipod.path("Playlists").toUtf8() + "; 0 dot file(s) removed\n");
         // Outside an iPod the folder's dot files are not the program's to remove.
@@ -238,6 +239,27 @@ private Q_SLOTS:
         // Without the options, folders are playlists like the others and On-The-Go files are not read.
         QCOMPARE(names(cli({"convert", ipod.root(), "--json"}).json()["results"].toArray(), "playlistName"),
                  (QStringList{"Rock", "Seventies", "Child", "Top"}));
+    }
+
+    void statsGoToRockbox()
+    {
+        TrackItem song = TrackItem::song(1, "Song One", "Band", ":iPod_Control:Music:F00:A.mp3", 61000);
+        song.playCount = 7;
+        song.rating = 100;
+        song.lastPlayed = 100;
+        IPod ipod(ITunesDBWriter().addTrack(song).addTrack(TrackItem::song(2, "Quiet", {}, ":iPod_Control:Music:F00:B.mp3")).build());
+        writeFile(ipod.path("iPod_Control/Music/F00/a.mp3"), "music");
+        const Run summary = cli({"stats", ipod.root()});
+        QVERIFY2(summary.out.contains("1 tracks with statistics: 7 plays, 1 rated\n"), summary.out.constData());
+        QVERIFY(summary.out.contains("    7      5  Song One  Band\n"));
+        QCOMPARE(cli({"stats", ipod.root(), "--write"}).exitCode, 1); // no Rockbox on this device yet
+
+        QDir().mkpath(ipod.path(".rockbox"));
+        QVERIFY(cli({"stats", ipod.root(), "--write"}).out.contains("Database > Import Modifications"));
+        QVERIFY(readFile(ipod.path(".rockbox/database_changelog.txt")).contains("filename=\"/iPod_Control/Music/F00/a.mp3\""));
+        QCOMPARE(cli({"stats", ipod.root(), "--write"}).exitCode, 1); // it would replace the changelog
+        const QJsonObject forced = cli({"stats", ipod.root(), "--write", "--force", "--json"}).json();
+        QCOMPARE(forced["changelog"].toObject()["written"].toInt(), 1);
     }
 
     void filesAndDevices()

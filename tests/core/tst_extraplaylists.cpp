@@ -1,5 +1,6 @@
 #include "core/ITunesDBParser.h"
 #include "core/OnTheGoPlaylists.h"
+#include "core/PlayCounts.h"
 #include "core/PlaylistFolders.h"
 #include "dbwriter/ITunesDBWriter.h"
 #include "support/TestFiles.h"
@@ -11,7 +12,10 @@ using namespace kestrune;
 using namespace kestrune::dbwriter;
 using namespace kestrune::testing;
 
-// Playlists beside the database's own list: folders, and On-The-Go playlists made on the iPod.
+using PlayCountList = std::optional<QList<PlayCountEntry>>;
+
+// What lives beside the database's own lists: playlist folders, and the On-The-Go playlists and play counts
+// the iPod keeps until the next sync.
 class TestExtraPlaylists : public QObject {
     Q_OBJECT
 
@@ -78,6 +82,51 @@ private Q_SLOTS:
         QVERIFY(found.problems.first().startsWith("OTGPlaylistInfo_2: entry 3 points past the 3 tracks"));
     }
 
+    void playCountsFiles_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<PlayCountList>("entries");
+        const PlayCountItem item{.plays = 3, .lastPlayed = 500, .rating = 80, .skips = 2};
+        QTest::addRow("28-byte entries") << playCountsFile({item}) << PlayCountList({{3, 500, 80, 2}});
+        QTest::addRow("16-byte entries: no skips") << playCountsFile({item}, 16) << PlayCountList({{3, 500, 80, 0}});
+        QTest::addRow("12-byte entries: no rating") << playCountsFile({item}, 12) << PlayCountList({{3, 500, {}, 0}});
+        QTest::addRow("count beyond the file") << playCountsFile({item, item}).chopped(1) << PlayCountList({{3, 500, 80, 2}});
+        QTest::addRow("entries too short") << playCountsFile({item}, 8) << PlayCountList();
+        QTest::addRow("another tag") << onTheGoFile({1}) << PlayCountList();
+    }
+
+    void playCountsFiles()
+    {
+        QFETCH(QByteArray, bytes);
+        QTEST(parsePlayCounts(bytes), "entries");
+    }
+
+    void playCountsAddToTheDatabaseStatistics()
+    {
+        // Track items 7, 5, 9 in file order; 9's header is too short to hold a skip count.
+        TrackItem seven = TrackItem::song(7, "Seven", {}, ":a.mp3");
+        seven.rating = 60;
+        seven.playCount = 10;
+        seven.lastPlayed = 1000;
+        seven.skipCount = 1;
+        TrackItem nine{.id = 9, .playCount = 4, .skipCount = 5, .headerLength = 0x9C};
+        const ParseResult library = ITunesDBParser().parse(
+            ITunesDBWriter().addTrack(seven).addTrack(TrackItem::song(5, "Five", {}, ":b.mp3")).addTrack(nine).build());
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Play Counts"),
+                  playCountsFile({{.plays = 2, .lastPlayed = 900, .rating = 100, .skips = 3}, {.plays = 1, .lastPlayed = 2000}}));
+        const LibraryStatistics statistics = libraryStatistics(library, dir.path());
+        QCOMPARE(statistics.playsSinceSync, 3);
+        const auto figures = [&statistics](int i) {
+            const Track &track = statistics.tracks.at(i);
+            return QList<quint32>{track.id, track.playCount, track.lastPlayed, track.rating, track.skipCount};
+        };
+        QCOMPARE(figures(0), (QList<quint32>{7, 12, 1000, 100, 4}));
+        QCOMPARE(figures(1), (QList<quint32>{5, 1, 2000, 0, 0}));
+        QCOMPARE(figures(2), (QList<quint32>{9, 4, 0, 0, 0}));
+        writeFile(dir.filePath("Play Counts"), "junk");
+        QVERIFY(libraryStatistics(library, dir.path()).playCountsUnreadable);
+    }
 };
 
 QTEST_APPLESS_MAIN(TestExtraPlaylists)

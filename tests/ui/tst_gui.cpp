@@ -283,6 +283,23 @@ private Q_SLOTS:
         QCOMPARE(quit.size(), keys.key() == Qt::Key_Q ? 1 : 0);
     }
 
+    void playCountsAndRatingsGoToRockbox()
+    {
+        m_ui->click(m_ui->item("deviceMenuButton"));
+        m_ui->settle(300);
+        m_ui->click(m_ui->item("copyStatisticsItem"));
+        QTRY_COMPARE(m_ui->model().statisticsCopy().value("state").toString(), "ready");
+        m_ui->settle(300);
+        const QString message = textOf(m_ui->item("statisticsMessage"));
+        QVERIFY2(message.contains("10 go to .rockbox/database_changelog.txt; 1 are left out"), qPrintable(message));
+        m_ui->click(m_ui->item("statisticsCopyButton"));
+        QTRY_COMPARE(m_ui->model().statisticsCopy().value("state").toString(), "done");
+        QVERIFY(QFileInfo(m_ipod + "/.rockbox/database_changelog.txt").size() > 0);
+        QTest::keyClick(m_ui->window(), Qt::Key_Escape);
+        m_ui->settle(300);
+        QVERIFY(m_ui->model().statisticsCopy().isEmpty());
+    }
+
     void showInFinderOpensTheFolderOrSaysSo_data()
     {
         QTest::addColumn<bool>("folderOpens");

@@ -1,6 +1,8 @@
 // Writes examples/demo-ipod: a small iPod tree whose database is built with the project's test builder.
 // It shows what a conversion meets in practice: non-ASCII and unsafe playlist names, a smart playlist, an
-// empty one, an existing playlist file to update, and macOS dot files to clean.
+// empty one, an existing playlist file to update, and macOS dot files to clean; and play counts and
+// ratings to carry over to Rockbox, some counted since the last sync, for music files whose names on the
+// device differ in case from the database's paths.
 // Usage: kestrune-make-demo-ipod DIR
 #include "dbwriter/ITunesDBWriter.h"
 
@@ -18,22 +20,28 @@ struct DemoSong {
     const char16_t *album;
     const char *path;
     quint32 ms;
+    quint32 plays;
+    quint8 stars;
 };
 
 // Invented songs; the music files themselves are not part of the demo.
 constexpr DemoSong songs[] = {
-    {u"Northbound Highway", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:KQWE.mp3", 254000},
-    {u"Desert Lights", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:ZPLM.mp3", 301000},
-    {u"Rain on the Windshield", u"Marla Quinn", u"Weather Reports", ":iPod_Control:Music:F03:HJKA.m4a", 198500},
-    {u"Caffè al Volo", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F07:CAFE.mp3", 187000},
-    {u"Sole d'Agosto", u"Lucia Ferrè", u"Estate", ":iPod_Control:Music:F07:SOLE.mp3", 223000},
-    {u"Città di Notte", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F12:NOTT.m4a", 265250},
-    {u"Stadium Anthem", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:ROCK.mp3", 342000},
-    {u"Amplifier Heart", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:AMPH.mp3", 287000},
-    {u"Neon Sunrise '84", u"Synth Avenue", u"Retrograde", ":iPod_Control:Music:F34:NEON.mp3", 276000},
-    {u"Tokyo Drift ☆ 東京", u"Kumo", u"Night Trains", ":iPod_Control:Music:F40:TKYO.m4a", 231000},
-    {u"Voice Memo", u"", u"", ":iPod_Control:Music:F49:MEMO.m4a", 61000},
-    {u"", u"Unknown Artist", u"", ":iPod_Control:Music:F49:UNTL.mp3", 95000},
+    {u"Northbound Highway", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:KQWE.mp3", 254000, 42,
+     5},
+    {u"Desert Lights", u"The Lanterns", u"Open Roads", ":iPod_Control:Music:F00:ZPLM.mp3", 301000, 37, 4},
+    {u"Rain on the Windshield", u"Marla Quinn", u"Weather Reports", ":iPod_Control:Music:F03:HJKA.m4a",
+     198500, 12, 3},
+    {u"Caffè al Volo", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F07:CAFE.mp3", 187000, 25,
+     5},
+    {u"Sole d'Agosto", u"Lucia Ferrè", u"Estate", ":iPod_Control:Music:F07:SOLE.mp3", 223000, 8, 0},
+    {u"Città di Notte", u"Orchestra Ventura", u"Piazza Grande", ":iPod_Control:Music:F12:NOTT.m4a", 265250,
+     19, 4},
+    {u"Stadium Anthem", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:ROCK.mp3", 342000, 55, 5},
+    {u"Amplifier Heart", u"Iron Harbor", u"Loud & Proud", ":iPod_Control:Music:F21:AMPH.mp3", 287000, 30, 3},
+    {u"Neon Sunrise '84", u"Synth Avenue", u"Retrograde", ":iPod_Control:Music:F34:NEON.mp3", 276000, 21, 4},
+    {u"Tokyo Drift ☆ 東京", u"Kumo", u"Night Trains", ":iPod_Control:Music:F40:TKYO.m4a", 231000, 14, 0},
+    {u"Voice Memo", u"", u"", ":iPod_Control:Music:F49:MEMO.m4a", 61000, 0, 0},
+    {u"", u"Unknown Artist", u"", ":iPod_Control:Music:F49:UNTL.mp3", 95000, 3, 0},
 };
 
 void writeFile(const QString &path, const QByteArray &bytes)
@@ -42,6 +50,22 @@ void writeFile(const QString &path, const QByteArray &bytes)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
+}
+
+// 2024-06-01, in seconds since 1904-01-01 as the iPod counts time.
+constexpr quint32 lastSync = 3800044800u;
+
+// Plays on the iPod since that sync, not yet in the database.
+QByteArray demoPlayCounts()
+{
+    QList<PlayCountItem> entries;
+    for (const DemoSong &song : songs) {
+        const bool playedSince = song.plays == 42 || song.plays == 55;
+        entries.append(PlayCountItem{.plays = playedSince ? 2u : 0u,
+                                     .lastPlayed = playedSince ? lastSync + 86400 : 0,
+                                     .rating = quint32(song.stars * 20)});
+    }
+    return playCountsFile(entries);
 }
 
 QByteArray demoDatabase()
@@ -56,6 +80,9 @@ QByteArray demoDatabase()
             track.strings.append(StringObject::utf16(3, QString::fromUtf16(song.album)));
         track.year = 2000 + id % 20;
         track.trackNumber = id % 12 + 1;
+        track.playCount = song.plays;
+        track.rating = quint8(song.stars * 20);
+        track.lastPlayed = song.plays > 0 ? lastSync - (id % 7) * 86400 - song.plays * 3600 : 0;
         builder.addTrack(track);
         master.entries.append(PlaylistEntry{.trackId = id++});
     }
@@ -81,6 +108,7 @@ int main(int argc, char **argv)
     const QDir root(app.arguments().at(1));
 
     writeFile(root.filePath(QStringLiteral("iPod_Control/iTunes/iTunesDB")), demoDatabase());
+    writeFile(root.filePath(QStringLiteral("iPod_Control/iTunes/Play Counts")), demoPlayCounts());
     // A playlist file left by an earlier export, named in another case: the conversion updates it.
     writeFile(root.filePath(QStringLiteral("Playlists/road trip.m3u8")),
               "#EXTM3U\n#EXTINF:254,The Lanterns - Northbound Highway\n/iPod_Control/Music/F00/KQWE.mp3\n");
@@ -90,10 +118,14 @@ int main(int argc, char **argv)
     writeFile(root.filePath(QStringLiteral(".rockbox/config.cfg")), "volume: -25\n");
     writeFile(root.filePath(QStringLiteral(".rockbox/rockbox-info.txt")), "Target: ipodvideo\nVersion: 4.0\n");
     // The music, as empty stand-ins, but for one file the player will miss.
+    // Two of them named in another case than the database says, as a FAT volume may hold them.
     for (const DemoSong &song : songs) {
-        const QString path = QString::fromLatin1(song.path).replace(u':', u'/');
-        if (!path.endsWith(QLatin1StringView("UNTL.mp3")))
-            writeFile(root.path() + path, {});
+        QString path = QString::fromLatin1(song.path).replace(u':', u'/');
+        if (path.endsWith(QLatin1StringView("UNTL.mp3")))
+            continue;
+        if (path.contains(QLatin1StringView("/F21/")))
+            path = path.section(u'/', 0, -2) + u'/' + path.section(u'/', -1).toLower(); // "F21/rock.mp3"
+        writeFile(root.path() + path, {});
     }
     writeFile(root.filePath(QStringLiteral("iPod_Control/Music/F00/._KQWE.mp3")), QByteArray(82, '\0'));
     return 0;

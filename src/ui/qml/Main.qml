@@ -72,6 +72,11 @@ ApplicationWindow {
         onClosed: window.viewModel.showExportSettings = false
     }
 
+    StatisticsCopyDialog {
+        objectName: "statisticsDialog"
+        viewModel: window.viewModel
+    }
+
     Dialog {
         id: alert
         objectName: "alertDialog"

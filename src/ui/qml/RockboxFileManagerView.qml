@@ -81,6 +81,14 @@ Item {
                                            pane.viewModel.rockboxTarget.length > 0 ? "deviceRockbox" : "deviceRockboxUnknown",
                                            pane.viewModel.playlistLimit, pane.viewModel.rockboxTarget)
                     }
+                    GlassMenuItem {
+                        objectName: "copyStatisticsItem"
+                        visible: pane.viewModel.selectedDeviceIndex >= 0
+                        height: visible ? implicitHeight : 0
+                        text: Texts.texts.statisticsMenuItem
+                        symbol: "heart.fill"
+                        onTriggered: pane.viewModel.prepareStatisticsCopy()
+                    }
                     GlassMenuSeparator {}
                     GlassMenuItem {
                         text: Texts.texts.deviceSelectorOpenFolder
