@@ -4,6 +4,7 @@
 #include "export/StatisticsChangelog.h"
 #include "support/TestFiles.h"
 
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -112,6 +113,29 @@ private Q_SLOTS:
         QCOMPARE(lines.at(2).value("artist"), QString(300, u'a'));
         QVERIFY(!lines.at(2).contains("title"));
         QCOMPARE(lines.at(2).value("lastplayed"), "1");
+    }
+
+    void demoIPodReadsBack()
+    {
+        const QString demo = QStringLiteral(KESTRUNE_TEST_DATA_DIR "/../../examples/demo-ipod");
+        const LibraryStatistics statistics =
+            libraryStatistics(ITunesDBParser().parse(QUrl::fromLocalFile(demo + "/iPod_Control/iTunes/iTunesDB")),
+                              demo + "/iPod_Control/iTunes");
+        DeviceFileIndex files(demo);
+        const QList<Tags> lines = readChangelog(buildStatisticsChangelog(statistics.tracks, files).text);
+        QCOMPARE(lines.size(), 10); // of 11 tracks with statistics, one has no file on the demo iPod
+        QSet<QString> order;
+        for (const Tags &line : lines) {
+            QVERIFY2(QFileInfo::exists(demo + line.value("filename")), qPrintable(line.value("filename")));
+            const auto track = std::find_if(statistics.tracks.cbegin(), statistics.tracks.cend(), [&line](const Track &t) {
+                return t.rockboxPath().compare(line.value("filename"), Qt::CaseInsensitive) == 0;
+            });
+            QCOMPARE(line.value("playcount").toUInt(), track->playCount);
+            QCOMPARE(line.value("rating").toUInt(), track->rating / 10u);
+            QCOMPARE(line.value("playtime").toLongLong(), qint64(track->playCount) * track->totalTimeMs);
+            order.insert(line.value("lastplayed"));
+        }
+        QCOMPARE(order.size(), 10); // each its own place in the order of last plays
     }
 
     void writingKeepsWhatIsThere()
