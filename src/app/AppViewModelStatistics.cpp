@@ -70,21 +70,25 @@ void AppViewModel::prepareStatisticsCopy()
         [this](StatisticsDraft draft) {
             if (m_statisticsCopy.value(QStringLiteral("state")) != QStringLiteral("reading"))
                 return; // cancelled meanwhile
+            const bool ready = draft.shown.value(QStringLiteral("state")) == QStringLiteral("ready");
             setStatisticsCopy(draft.shown);
-            m_statisticsDraft = std::make_shared<StatisticsDraft>(std::move(draft));
+            if (ready) // only what can be copied is kept for the confirmation
+                m_statisticsDraft = std::make_shared<StatisticsDraft>(std::move(draft));
         });
 }
 
 void AppViewModel::confirmStatisticsCopy()
 {
-    if (!m_statisticsDraft || m_statisticsCopy.value(QStringLiteral("state")) != QStringLiteral("ready"))
+    // Taken, so that a second confirmation writes nothing more.
+    const std::shared_ptr<StatisticsDraft> draft = std::exchange(m_statisticsDraft, nullptr);
+    if (!draft)
         return;
     QVariantMap shown = m_statisticsCopy;
     shown.insert(QStringLiteral("state"), QStringLiteral("writing"));
     setStatisticsCopy(shown);
     runInBackground(
         this,
-        [draft = m_statisticsDraft] {
+        [draft] {
             // The user was told a changelog already there is replaced.
             return writeStatisticsChangelog(draft->deviceRoot, draft->changelog, true);
         },
@@ -96,7 +100,6 @@ void AppViewModel::confirmStatisticsCopy()
                            failure ? QStringLiteral("failed") : QStringLiteral("done"));
             outcome.insert(QStringLiteral("reason"), failure.value_or(QString()));
             setStatisticsCopy(outcome);
-            m_statisticsDraft.reset();
         });
 }
 

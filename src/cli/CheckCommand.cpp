@@ -147,8 +147,7 @@ int runCheck(const QStringList &arguments, CliOutput &output)
     if (!library)
         return exitUsageOrInput;
     Player player = playerOf(*source);
-    if (!player.files)
-        player.files = DeviceFileIndex(*source->deviceRoot); // no music here: every entry is missing
+    player.files = DeviceFileIndex(*source->deviceRoot); // also without music: then every entry is missing
 
     const DeviceReport report = examine(*source, *library, player, output);
     if (parser.isSet(json))

@@ -106,12 +106,7 @@ QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGe
 
     const QList<ExportItemResult> written = generator.exportPlaylists(
         toWrite, QUrl::fromLocalFile(request.destination), request.options, [&](qsizetype count) {
-            if (!request.json) {
-                output.progress(QStringLiteral("[%1/%2] %3")
-                                    .arg(count)
-                                    .arg(toWrite.size())
-                                    .arg(toWrite.at(count - 1).name));
-            }
+            output.progress(QStringLiteral("[%1/%2] %3").arg(count).arg(toWrite.size()).arg(toWrite.at(count - 1).name));
         });
     output.endProgress();
     qsizetype next = 0;

@@ -72,12 +72,4 @@ std::optional<QString> BinaryReader::readString(qsizetype length, TextEncoding e
     return text->mid(begin, end - begin);
 }
 
-std::optional<BinaryReader> BinaryReader::readSubReader(qsizetype length)
-{
-    std::optional<QByteArray> bytes = readData(length);
-    if (!bytes)
-        return std::nullopt;
-    return BinaryReader(std::move(*bytes));
-}
-
 } // namespace kestrune

@@ -59,8 +59,6 @@ public:
     }
     // Decodes the bytes and strips NULs from both ends. Undecodable bytes stay consumed.
     std::optional<QString> readString(qsizetype length, TextEncoding encoding);
-    // A new, independent reader over a copy of the next bytes.
-    std::optional<BinaryReader> readSubReader(qsizetype length);
 
 private:
     [[nodiscard]] bool fits(qsizetype width) const { return width >= 0 && width <= m_data.size() - m_offset; }

@@ -54,6 +54,7 @@ private Q_SLOTS:
         const QString root = fixture.addIPod("IPOD");
         AppViewModel &model = fixture.startLoaded();
         model.deselectAllPlaylists();
+        model.selectDevice(7); // no such device: nothing happens
         // Choosing the device that is already selected loads it again, ticks included.
         model.selectDevice(model.selectedDeviceIndex());
         QTRY_COMPARE(model.tickedPlaylistCount(), 3);

@@ -122,13 +122,6 @@ private Q_SLOTS:
         AppViewModel &model = fixture.start();
         QTemporaryDir elsewhere;
         const QString backup = elsewhere.filePath("Backup");
-        QDir().mkpath(backup);
-
-        fixture.picker->answers = {QUrl::fromLocalFile(backup)};
-        model.pickCustomFolder();
-        QCOMPARE(model.errorMessage(),
-                 std::optional<QString>("Nessun database iTunesDB trovato in 'Backup'. Assicurati che contenga la cartella "
-                                        "'iPod_Control/iTunes/'."));
 
         writeFile(backup + "/iPod_Control/iTunes/iTunesDB", sampleDatabase());
         fixture.picker->answers = {QUrl::fromLocalFile(backup)};

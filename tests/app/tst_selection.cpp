@@ -76,12 +76,10 @@ private Q_SLOTS:
         QTest::addRow("shift adds the range") << QStringList{"B", "shift D"} << "B,C,D" << "D";
         QTest::addRow("anchor stays for the next shift") << QStringList{"B", "shift D", "shift A"} << "A,B,C,D" << "A";
         QTest::addRow("plain on the only selected deselects") << QStringList{"B", "B"} << "" << "B";
-        QTest::addRow("plain on one of two keeps it alone") << QStringList{"B", "cmd C", "B"} << "B" << "B";
         QTest::addRow("command removes one and moves the anchor")
             << QStringList{"B", "cmd C", "cmd B", "shift D"} << "B,C,D" << "D";
         QTest::addRow("shift without anchor is a plain click") << QStringList{"shift C"} << "C" << "C";
         QTest::addRow("command and shift without anchor toggle") << QStringList{"cmdshift C"} << "A,B,D,E" << "C";
-        QTest::addRow("shift wins over command") << QStringList{"B", "cmdshift D"} << "B,C,D" << "D";
     }
 
     void playlistClicks()
@@ -107,13 +105,11 @@ private Q_SLOTS:
         QTest::addColumn<bool>("onlySmart");
         QTest::addColumn<QStringList>("shown");
         QTest::addRow("defaults hide the master") << "" << true << false << QStringList{"A", "B", "C", "D", "E"};
-        QTest::addRow("master shown") << "" << false << false << QStringList{"Library", "A", "B", "C", "D", "E"};
         QTest::addRow("only smart") << "" << true << true << QStringList{"A"};
         QTest::addRow("artist and title, not album") << "beat" << true << false << QStringList{"B", "C"};
         QTest::addRow("playlist name, case-blind") << "c" << true << false << QStringList{"C"};
         QTest::addRow("names and tracks alike") << "d" << true << false << QStringList{"A", "B", "D", "E"};
         QTest::addRow("search is not trimmed") << " d" << true << false << QStringList{};
-        QTest::addRow("search and master") << "beat" << false << false << QStringList{"Library", "B", "C"};
         QTest::addRow("composed finds decomposed") << "F\u00e9te" << true << false << QStringList{"B"};
         QTest::addRow("decomposed finds composed") << "Sole\u0301" << true << false << QStringList{"C"};
     }
@@ -132,6 +128,7 @@ private Q_SLOTS:
         // The index built after the load gives the same answers as the plain filter.
         const PlaylistFilter filter{search, hideMaster, onlySmart};
         QCOMPARE(filter.apply(m_model->playlists(), PlaylistSearchIndex(m_model->playlists())), filter.apply(m_model->playlists()));
+        QVERIFY(!PlaylistSearchIndex(m_model->playlists()).describes({m_model->playlists().crbegin(), m_model->playlists().crend()}));
     }
 
     void selectAllCoversOnlyVisiblePlaylists()

@@ -200,6 +200,7 @@ private Q_SLOTS:
         StringObject shorter = StringObject::utf16(1, "Long");
         shorter.storedLength = 4;
         QTest::addRow("stored length honoured") << shorter << "Lo";
+        QTest::addRow("one byte of UTF-8") << StringObject::utf8(1, "X") << "X";
         QTest::addRow("trailing NULs trimmed") << StringObject{.type = 1, .text = QByteArray("T\0i\0\0\0", 6)} << "Ti";
         QTest::addRow("BOM and NULs trimmed")
             << StringObject{.type = 1, .text = QByteArray("\xff\xfeT\0i\0t\0l\0e\0\0\0\0\0", 14)} << "Title";
@@ -282,6 +283,9 @@ private Q_SLOTS:
         overcounted.entryCount = 1000000; // the last item of the file
         QTest::addRow("entries claimed past the end") << mhbd({trackSection({one, two}), playlistSection({overcounted})})
                                                       << QList<quint32>{1, 2} << QList<quint32>{1, 2};
+        QTest::addRow("entries claimed past the next playlist")
+            << mhbd({trackSection({one, two}), playlistSection({overcounted, PlaylistItem::of("After", {2})})})
+            << QList<quint32>{1, 2} << QList<quint32>{1, 2};
         QTest::addRow("section of length 0")
             << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}), 0x60, 0), lists}, 0x68, 1000000) << QList<quint32>{}
             << QList<quint32>{};

@@ -48,6 +48,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("expected");
         QTest::addRow("utf16") << QByteArray("O\0K\0", 4) << "OK";
+        QTest::addRow("one utf16 character") << QByteArray("\xe9\0", 2) << "é";
         QTest::addRow("utf8 after bad utf16") << QByteArray("\x41\xd8\x80\x41", 4) << QStringLiteral("A\u0600A");
         QTest::addRow("mac roman after both") << QByteArray("\x41\xd8\x41\x41", 4) << QStringLiteral("A\u00ffAA");
     }

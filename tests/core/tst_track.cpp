@@ -18,7 +18,7 @@ private Q_SLOTS:
         QTest::addRow("title trimmed") << "\t Hey Jude \n" << "" << 1u << "Hey Jude";
         QTest::addRow("blank title shows whole colon path")
             << "  \n" << ":iPod_Control:Music:F00:ABCD.mp3" << 1u << ":iPod_Control:Music:F00:ABCD.mp3";
-        QTest::addRow("slash path shows last component") << "" << "/Music/F01/X.mp3" << 1u << "X.mp3";
+        QTest::addRow("slash path shows last component") << "" << "/Music/F01/X.mp3//" << 1u << "X.mp3";
         QTest::addRow("nothing at all") << "" << "" << 42u << "Track 42";
     }
 
@@ -54,8 +54,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         QTest::addRow("each track truncated before adding") << QList<quint32>{1999, 1999} << qint64(2) << "0m 02s";
         QTest::addRow("exactly an hour") << QList<quint32>{3600000} << qint64(3600) << "1h 00m 00s";
-        QTest::addRow("just under an hour") << QList<quint32>{3599999} << qint64(3599) << "59m 59s";
-        QTest::addRow("many hours") << QList<quint32>{4000000000u, 4000000000u} << qint64(8000000) << "2222h 13m 20s";
     }
 
     void playlistDuration()

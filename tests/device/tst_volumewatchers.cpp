@@ -42,9 +42,6 @@ private Q_SLOTS:
             "/run/media/ann/IPOD", true, true);
         row("escaped space", "36 25 8:17 / /media/ann/My\\040iPod rw - vfat /dev/sdc1 rw,utf8", "/media/ann/My iPod", true, false);
         row("optional fields", "36 25 8:17 / /media/x rw shared:5 master:1 - exfat /dev/sdd1 rw", "/media/x", true, false);
-        row("FUSE user mount", "40 25 0:50 / /media/ann/EXFAT rw - fuseblk /dev/sde1 rw,user_id=0", "/media/ann/EXFAT", true, false);
-        row("desktop portal", "42 25 0:52 / /run/user/1000/doc rw - fuse.portal portal rw", "/run/user/1000/doc", false, false);
-        row("snap", "43 25 7:3 / /snap/core/1 ro - squashfs /dev/loop3 ro", "/snap/core/1", false, false);
         row("the system's disk", "27 1 254:0 / / rw - ext4 /dev/vda rw", "/", false, false);
         row("a removable drive anywhere", "46 25 8:33 / /home/ann/stick rw - vfat /dev/removable1 rw", "/home/ann/stick",
             true, true);

@@ -67,11 +67,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("root");
         QTest::addColumn<bool>("outsideIPod");
-        QTest::addRow("missing root") << "ipod/missing" << false;
         QTest::addRow("root named .rockbox") << "ipod/.rockbox" << false;
         QTest::addRow("root named .ROCKBOX") << "ipod/Other/.ROCKBOX" << false;
         QTest::addRow("a home folder") << "home" << true;
-        QTest::addRow("a checkout beside an iPod") << "home/src" << true;
     }
 
     void rootsThatAreLeftAlone()

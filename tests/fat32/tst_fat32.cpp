@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.err.trimmed(), "kestrune-cli: Errore durante la lettura del database: Input/output error");
     }
 
-    void awkwardNamesAreWrittenAsTheDeviceTakesThem()
+    void awkwardNamesAreWrittenAndRockboxSpared()
     {
         const QStringList names{"tab\there", "one\x01", "del\x7f", "CON", "nul.txt", ".hidden", "...And Justice for All",
                                 QString(300, u'x'), QString(200, QChar(0xE9)), "Caffè ☕", "Rock: Live?"};
@@ -232,9 +232,12 @@ private Q_SLOTS:
         for (const QString &name : names)
             playlists.append(PlaylistItem::of(name, {1, 2}));
         Device device(playlists);
+        writeFile(device.tree(".Rockbox/config.cfg"), "volume: 10\n"); // Rockbox's own folder: FAT is case-blind
+        writeFile(device.tree("Playlists/._junk.m3u8"), "junk");
         const Outcome outcome = RUN_OR_SKIP(device, "run cli \"$CLI\" convert \"$IPOD\"\n");
         QCOMPARE(outcome.status, 0);
         QVERIFY2(outcome.fsckStatus == 0, qPrintable(outcome.fsck)); // no name the check renames or refuses
+        QVERIFY(outcome.files.contains(".Rockbox/config.cfg") && !outcome.files.contains("Playlists/._junk.m3u8"));
         for (const QString &name : expected)
             QVERIFY2(outcome.files.contains("Playlists/" + name + ".m3u8"), qPrintable(name + "\n" + outcome.files.keys().join(u'\n')));
     }

