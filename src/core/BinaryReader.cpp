@@ -47,29 +47,4 @@ BinaryReader::TagMatch BinaryReader::readFourCC(QLatin1StringView expected)
     return ascii ? TagMatch::differs : TagMatch::unreadable;
 }
 
-std::optional<QByteArray> BinaryReader::readData(qsizetype length)
-{
-    const std::optional<QByteArrayView> view = readView(length);
-    if (!view)
-        return std::nullopt;
-    return view->toByteArray();
-}
-
-std::optional<QString> BinaryReader::readString(qsizetype length, TextEncoding encoding)
-{
-    const std::optional<QByteArrayView> bytes = readView(length);
-    if (!bytes)
-        return std::nullopt;
-    std::optional<QString> text = decodeText(*bytes, encoding);
-    if (!text)
-        return std::nullopt;
-    qsizetype begin = 0;
-    qsizetype end = text->size();
-    while (begin < end && text->at(begin).isNull())
-        ++begin;
-    while (end > begin && text->at(end - 1).isNull())
-        --end;
-    return text->mid(begin, end - begin);
-}
-
 } // namespace kestrune

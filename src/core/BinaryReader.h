@@ -44,9 +44,8 @@ public:
     // Reads four bytes as readFourCC does and compares them with an ASCII tag without making a string.
     enum class TagMatch { matches, differs, unreadable };
     TagMatch readFourCC(QLatin1StringView expected);
-    // Copies the bytes. A negative length or one that does not fit gives no value.
-    std::optional<QByteArray> readData(qsizetype length);
-    // Like readData, without the copy: the view lives as long as the reader's buffer.
+    // The next bytes, without a copy: the view lives as long as the reader's buffer. A negative length or
+    // one that does not fit gives no value and leaves the cursor.
     std::optional<QByteArrayView> readView(qsizetype length)
     {
         if (!fits(length))
@@ -57,8 +56,6 @@ public:
         m_offset += length;
         return view;
     }
-    // Decodes the bytes and strips NULs from both ends. Undecodable bytes stay consumed.
-    std::optional<QString> readString(qsizetype length, TextEncoding encoding);
 
 private:
     [[nodiscard]] bool fits(qsizetype width) const { return width >= 0 && width <= m_data.size() - m_offset; }

@@ -3,6 +3,7 @@
 #include "ChunkWalk.h"
 #include "MhodText.h"
 #include "ParseError.h"
+#include "Prefetch.h"
 #include "SharedTrackText.h"
 
 #include <QUuid>
@@ -14,12 +15,6 @@ namespace kestrune {
 namespace {
 
 using namespace chunkwalk;
-
-#if defined(__GNUC__) || defined(__clang__)
-#define KESTRUNE_PREFETCH(address) __builtin_prefetch(address)
-#else
-#define KESTRUNE_PREFETCH(address) ((void)(address))
-#endif
 
 // Object types of a track's string objects.
 enum MhodType : quint32 {
@@ -99,13 +94,8 @@ void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &trac
         }
         playlist.tracks.reserve(qsizetype(found.size()));
         for (size_t i = 0; i < found.size(); ++i) {
-            if (i + lookahead < found.size()) {
-                const Track *ahead = found[i + lookahead];
-                KESTRUNE_PREFETCH(ahead);
-                KESTRUNE_PREFETCH(reinterpret_cast<const char *>(ahead) + 64);
-                KESTRUNE_PREFETCH(reinterpret_cast<const char *>(ahead) + 128);
-                KESTRUNE_PREFETCH(ahead->title.constData());
-            }
+            if (i + lookahead < found.size())
+                prefetchTrack(found[i + lookahead]);
             playlist.tracks.append(*found[i]);
         }
     }

@@ -91,9 +91,9 @@ QString sanitizedPlaylistName(const QString &name)
     }
     if (safe.startsWith(u'.'))
         safe[0] = u'_';
-    const qsizetype stemEnd = safe.indexOf(u'.');
-    if (isReservedDeviceName(stemEnd < 0 ? safe : safe.left(stemEnd)))
-        safe.insert(stemEnd < 0 ? safe.size() : stemEnd, u'_');
+    const qsizetype stemEnd = safe.contains(u'.') ? safe.indexOf(u'.') : safe.size();
+    if (isReservedDeviceName(safe.left(stemEnd)))
+        safe.insert(stemEnd, u'_');
     return shortenedToUtf8Bytes(safe, maximumBaseNameBytes);
 }
 

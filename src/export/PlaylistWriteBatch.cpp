@@ -173,8 +173,8 @@ PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath
     int descriptor;
     int attempt = 0;
     do { // a fresh random name until one is free
-        file.temporaryPath = folderPart + QStringLiteral(".kestrune-") +
-                             QString::number(QRandomGenerator::global()->generate(), 36);
+        file.temporaryPath =
+            folderPart + QStringLiteral(".kestrune-") + QString::number(QRandomGenerator::global()->generate());
         descriptor = ::openat(p.descriptor, encoded(file.temporaryPath).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EEXIST && ++attempt < 16);
@@ -239,15 +239,14 @@ QList<std::optional<QString>> PlaylistWriteBatch::commit()
         file.temporaryPath.clear();
         renamed.append(&file);
     }
-    if (!renamed.isEmpty()) {
-        int error = ::fsync(p.descriptor) == 0 || errno == EINVAL ? 0 : errno;
-        if (!error)
-            error = p.flushVolume();
-        for (Platform::File *file : std::as_const(renamed)) {
-            if (error)
-                file->error = QStringLiteral("The file was written, but the device did not confirm it: ") +
-                              describeSystemError(error);
-        }
+    // The renames next; a run that renamed nothing pays these two flushes for nothing, which is rare.
+    int error = ::fsync(p.descriptor) == 0 || errno == EINVAL ? 0 : errno;
+    if (!error)
+        error = p.flushVolume();
+    for (Platform::File *file : std::as_const(renamed)) {
+        if (error)
+            file->error = QStringLiteral("The file was written, but the device did not confirm it: ") +
+                          describeSystemError(error);
     }
     QList<std::optional<QString>> answers;
     for (const Platform::File &file : std::as_const(p.files))

@@ -50,18 +50,12 @@ private Q_SLOTS:
         QCOMPARE(reader.remainingBytes(), 32 - expected);
     }
 
-    void readData()
+    void readView()
     {
-        BinaryReader reader(QByteArray("ab\0\xff\xfe" "cd", 7));
-        QCOMPARE(reader.readData(-1), std::nullopt);
-        QCOMPARE(reader.readData(8), std::nullopt);
+        BinaryReader reader(QByteArray("abcd"));
+        QVERIFY(!reader.readView(-1) && !reader.readView(5));
         QCOMPARE(reader.offset(), 0);
-        QCOMPARE(reader.readData(0), std::optional<QByteArray>(QByteArray()));
-        QCOMPARE(reader.readString(3, TextEncoding::utf8), std::optional<QString>("ab")); // outer NULs go
-        QCOMPARE(reader.readString(2, TextEncoding::utf8), std::nullopt);                  // undecodable...
-        QCOMPARE(reader.offset(), 5);                                                       // ...yet consumed
-        QCOMPARE(reader.readString(3, TextEncoding::utf8), std::nullopt);                  // does not fit
-        QCOMPARE(reader.readData(2), std::optional<QByteArray>("cd"));
+        QCOMPARE(reader.readView(4)->toByteArray(), QByteArray("abcd"));
     }
 
 };

@@ -241,6 +241,7 @@ private Q_SLOTS:
         const QByteArray whole = mhbd({trackSection({one, two}), lists});
         const qsizetype second = whole.indexOf("mhit", whole.indexOf("mhit") + 4);
         QTest::addRow("cut inside an item's head") << whole.left(second + 10) << QList<quint32>{1} << QList<quint32>{};
+        QTest::addRow("cut just after an item's words") << whole.left(second + 20) << QList<quint32>{1, 2} << QList<quint32>{};
         QTest::addRow("cut after an item's head") << whole.left(second + 30) << QList<quint32>{1, 2} << QList<quint32>{};
 
         // Junk between sections is stepped over 4 bytes at a time; between items, one byte at a time,
@@ -256,6 +257,8 @@ private Q_SLOTS:
                                                << QList<quint32>{1} << QList<quint32>{1, 2};
         QTest::addRow("a count covering the junk") << mhbd({mhsd(1, mhlt({junkItems}, 0x5C, 5)), lists})
                                                    << QList<quint32>{1, 2} << QList<quint32>{1, 2};
+        QTest::addRow("a count past its section") << mhbd({mhsd(1, mhlt({mhit(one)}, 0x5C, 1000)), trackSection({two})})
+                                                  << QList<quint32>{1, 2} << QList<quint32>{};
         QTest::addRow("a list count smaller than its items")
             << mhbd({mhsd(1, mhlt({mhit(one), mhit(two)}, 0x5C, 1)), lists}) << QList<quint32>{1} << QList<quint32>{1, 2};
         // An item that lists fewer string objects than it claims still has its entries read.
