@@ -85,6 +85,7 @@ struct PlaylistWriteBatch::Platform {
     [[nodiscard]] std::optional<QString> checkStillInPlace() const;
     [[nodiscard]] int flushVolume() const;
     void removeTemporary(File &file) const;
+    void renameGroup(const QList<File *> &group) const;
 };
 
 void PlaylistWriteBatch::Platform::open(const QString &path)
@@ -144,6 +145,44 @@ void PlaylistWriteBatch::Platform::removeTemporary(File &file) const
     if (!file.temporaryPath.isEmpty())
         ::unlinkat(descriptor, encoded(file.temporaryPath).constData(), 0);
     file.temporaryPath.clear();
+}
+
+void PlaylistWriteBatch::Platform::renameGroup(const QList<File *> &group) const
+{
+#ifdef O_PATH
+    constexpr int holdFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+#else
+    constexpr int holdFlags = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+#endif
+    QList<int> held;
+    QList<File *> renamed;
+    for (File *file : group) {
+        if (const std::optional<QString> gone = checkStillInPlace()) { // unmounted while renaming
+            file->error = *gone;
+            removeTemporary(*file);
+            continue;
+        }
+        const QByteArray target = encoded(file->relativePath);
+        if (const int replaced = ::openat(descriptor, target.constData(), holdFlags); replaced >= 0)
+            held.append(replaced);
+        if (::renameat(descriptor, encoded(file->temporaryPath).constData(), descriptor, target.constData()) != 0) {
+            file->error = renameFailure(file->relativePath, errno);
+            removeTemporary(*file);
+            continue;
+        }
+        file->temporaryPath.clear();
+        renamed.append(file);
+    }
+    int error = ::fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+    if (!error)
+        error = flushVolume();
+    for (File *file : std::as_const(renamed)) {
+        if (error)
+            file->error = QStringLiteral("The file was written, but the device did not confirm it: ") +
+                          describeSystemError(error);
+    }
+    for (const int replaced : std::as_const(held))
+        ::close(replaced);
 }
 
 PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder) : m_platform(std::make_unique<Platform>())
@@ -221,33 +260,20 @@ QList<std::optional<QString>> PlaylistWriteBatch::commit()
         if (const int error = p.flushVolume())
             failAll(QStringLiteral("The data could not be flushed to the device: ") + describeSystemError(error));
     }
-    QList<Platform::File *> renamed;
+    // The renames next, in groups. Each file replaced keeps its clusters until the group's renames are on
+    // the device: FAT frees them when the replaced file is let go, and a device cut off after writing
+    // that free but before the new folder entry would leave the old entry pointing at freed clusters,
+    // which a check of the disk cuts to nothing. Holding each replaced file open defers the free.
+    QList<Platform::File *> pending;
     for (Platform::File &file : p.files) {
-        if (file.error)
-            continue;
-        if (const std::optional<QString> gone = p.checkStillInPlace()) { // unmounted while renaming
-            file.error = *gone;
-            p.removeTemporary(file);
-            continue;
-        }
-        if (::renameat(p.descriptor, encoded(file.temporaryPath).constData(), p.descriptor,
-                       encoded(file.relativePath).constData()) != 0) {
-            file.error = renameFailure(file.relativePath, errno);
-            p.removeTemporary(file);
-            continue;
-        }
-        file.temporaryPath.clear();
-        renamed.append(&file);
+        if (!file.error)
+            pending.append(&file);
     }
-    // The renames next; a run that renamed nothing pays these two flushes for nothing, which is rare.
-    int error = ::fsync(p.descriptor) == 0 || errno == EINVAL ? 0 : errno;
-    if (!error)
-        error = p.flushVolume();
-    for (Platform::File *file : std::as_const(renamed)) {
-        if (error)
-            file->error = QStringLiteral("The file was written, but the device did not confirm it: ") +
-                          describeSystemError(error);
-    }
+    constexpr qsizetype heldAtOnce = 256; // well below the usual limit of open files
+    for (qsizetype first = 0; first < pending.size(); first += heldAtOnce)
+        p.renameGroup(pending.mid(first, heldAtOnce));
+    if (!pending.isEmpty())
+        (void)p.flushVolume(); // the replaced files' clusters are free now; results are already true without it
     QList<std::optional<QString>> answers;
     for (const Platform::File &file : std::as_const(p.files))
         answers.append(file.error);

@@ -15,8 +15,10 @@ namespace kestrune {
 //    through that open folder, never through its path again, so nothing lands elsewhere when the volume
 //    disappears; a folder whose path no longer leads to it fails every remaining file;
 // 2. stage() writes each file's bytes to a temporary file beside its target;
-// 3. commit() flushes them to the device once, renames each over its target, and flushes the folder.
-// Costs two device flushes per run, however many files. Failures are texts naming the cause.
+// 3. commit() flushes them to the device once, renames each over its target, and flushes the folder,
+//    holding the replaced files until then so that their space is freed only afterwards.
+// Costs three device flushes per run, and two more for each further 256 files. Failures are texts naming
+// the cause.
 class PlaylistWriteBatch {
 public:
     explicit PlaylistWriteBatch(const QString &folder);

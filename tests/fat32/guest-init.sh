@@ -63,6 +63,9 @@ populate() { cp -r "$1/." "$IPOD/" && sync; }
 # With FAT and folders cached, a run does no I/O before its final flush, and cannot trip over a fault
 # before then.
 warm_cache() { cat $DEV >/dev/null; }
+# Dirty blocks go to the device within 10 ms, in whatever order the kernel picks, instead of at the
+# run's own flushes: a cut then finds some of a step's blocks written and others not.
+eager_writeback() { echo 0 >/proc/sys/vm/dirty_expire_centisecs && echo 1 >/proc/sys/vm/dirty_writeback_centisecs; }
 # A fault is loaded into the dm device's inactive slot, then switched in by one `dmsetup resume`, which
 # suspends without flushing (--noflush) or syncing the volume first (--nolockfs). `arm` only loads it,
 # so that `fire` switches it in with one process (about 60 ms). Leaving a `delay` table submits the

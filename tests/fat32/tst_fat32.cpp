@@ -183,7 +183,7 @@ private Q_SLOTS:
         QTest::addRow("cable pulled while writing")
             << "warm_cache\narm pull_cable\n" + wait + "wait_until 60 at_least 200 \"$IPOD/Playlists/.kestrune-*\"\nfire\nwait\n" << true;
         QTest::addRow("cable pulled while renaming")
-            << renamed + "warm_cache\nslow_device 2\narm pull_cable\n" + wait + "wait_until 60 renamed\nfire\nwait\n"
+            << renamed + "eager_writeback\nwarm_cache\nslow_device 2\narm pull_cable\n" + wait + "wait_until 60 renamed\nfire\nwait\n"
             << false;
         // The file allocation table refuses writes while the data area takes them: the new files' clusters
         // reach the device, but not the table that says they are used.
