@@ -1,4 +1,4 @@
-// Renders the window to PNG files in both languages and several states, the smallest size among them, for
+// Renders the window to PNG files in both languages and several states (copying play counts among them), the smallest size among them, for
 // the README and for review.
 // Usage: kestrune-screenshots OUTPUT_DIR
 #include "UiHarness.h"
@@ -55,6 +55,11 @@ void shootLanguage(const QDir &out, AppLanguage language)
         ui.addVolume(QStringLiteral("DEMO IPOD"), QStringLiteral(KESTRUNE_SOURCE_DIR "/examples/demo-ipod"));
         ui.start();
         save(ui, out, QStringLiteral("loaded-") + code);
+        ui.model().prepareStatisticsCopy();
+        while (ui.model().statisticsCopy().value(QStringLiteral("state")) == QStringLiteral("reading"))
+            ui.settle(50);
+        save(ui, out, QStringLiteral("statistics-") + code);
+        ui.model().closeStatisticsCopy();
         ui.model().setShowExportSettings(true);
         save(ui, out, QStringLiteral("options-") + code);
         ui.model().setShowExportSettings(false);
