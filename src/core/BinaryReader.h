@@ -57,6 +57,13 @@ public:
         return view;
     }
 
+    // Says the bytes of [begin, end) will not be read again, so a file's reader may give back their memory.
+    void release(qsizetype begin, qsizetype end)
+    {
+        if (m_file)
+            m_file->release(begin, end);
+    }
+
 private:
     [[nodiscard]] bool fits(qsizetype width) const { return width >= 0 && width <= m_data.size() - m_offset; }
     template <typename T> std::optional<T> readLittleEndian()

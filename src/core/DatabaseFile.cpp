@@ -5,6 +5,13 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
+#ifdef Q_OS_LINUX
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
 namespace kestrune {
 
 namespace {
@@ -55,6 +62,25 @@ void DatabaseFile::loadChunk(qsizetype chunk)
     const int percent = int(m_bytesRead * 100 / m_bytes.size()); // a chunk was read: the file is not empty
     if (m_progress && percent > m_percentTold)
         m_progress(m_percentTold = percent);
+}
+
+void DatabaseFile::release(qsizetype offset, qsizetype end)
+{
+    end = std::min(end, m_bytes.size());
+    const qsizetype first = (offset + (qsizetype(1) << chunkShift) - 1) >> chunkShift;
+    const qsizetype last = end == m_bytes.size() ? qsizetype(m_loaded.size()) : end >> chunkShift; // exclusive
+    if (first >= last)
+        return;
+#ifdef Q_OS_LINUX
+    // The buffer is never written again where it was released, so its pages can simply go: they read as
+    // zeros until a load fills them again.
+    const auto page = quintptr(::sysconf(_SC_PAGESIZE));
+    const auto begin = (quintptr(m_bytes.data() + (first << chunkShift)) + page - 1) & ~(page - 1);
+    const auto stop = quintptr(m_bytes.data() + std::min(last << chunkShift, m_bytes.size())) & ~(page - 1);
+    if (begin < stop)
+        ::madvise(reinterpret_cast<void *>(begin), stop - begin, MADV_DONTNEED);
+#endif
+    std::fill(m_loaded.begin() + first, m_loaded.begin() + last, false);
 }
 
 void DatabaseFile::finish()

@@ -32,6 +32,9 @@ public:
                 loadChunk(chunk);
         }
     }
+    // Gives back the memory of the whole chunks inside [offset, end), which the parser is done with; a
+    // later load of them reads them again.
+    void release(qsizetype offset, qsizetype end);
     // Says the whole file is read, for the progress shown.
     void finish();
 

@@ -172,6 +172,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, ParseWork *work) const
             result.playlists.append(parsePlaylistList(reader, sectionEnd, budget));
         }
 
+        reader.release(chunkStart, sectionEnd); // what was read from it is decoded by now
         reader.seek(sectionEnd);
         ++sectionsRead;
         if (*sectionTotalLen == 0)
