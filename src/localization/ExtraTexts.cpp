@@ -36,16 +36,17 @@ const std::array<Text, 25> texts{{
     {"statisticsTitle", "Play counts and ratings", "Conteggi di ascolto e valutazioni"},
     {"statisticsReading", "Reading the play counts and ratings on the iPod…",
      "Lettura dei conteggi di ascolto e delle valutazioni sull'iPod…"},
-    {"statisticsSummary", "%1 tracks have play counts or ratings, with %2 plays in all.",
-     "%1 brani hanno conteggi di ascolto o valutazioni, con %2 ascolti in tutto."},
-    {"statisticsRated", "%1 of them are rated.", "%1 di questi hanno una valutazione."},
+    // Counts stand after a colon, so that one track reads as well as many.
+    {"statisticsSummary", "Tracks with play counts or ratings: %1, with %2 plays in all.",
+     "Brani con conteggi di ascolto o valutazioni: %1, con %2 ascolti in tutto."},
+    {"statisticsRated", "Rated: %1.", "Con valutazione: %1."},
     {"statisticsWillWrite",
-     "%1 go to .rockbox/database_changelog.txt; %2 are left out: their file is not on the iPod, or its path "
-     "is too long for the player.",
-     "%1 vanno in .rockbox/database_changelog.txt; %2 restano fuori: il loro file non è sull'iPod, o il "
-     "percorso è troppo lungo per il lettore."},
-    {"statisticsWillWriteAll", "All %1 go to .rockbox/database_changelog.txt.",
-     "Tutti i %1 vanno in .rockbox/database_changelog.txt."},
+     "Going to .rockbox/database_changelog.txt: %1. Left out, because the file is not on the iPod or its path "
+     "is too long for the player: %2.",
+     "Vanno in .rockbox/database_changelog.txt: %1. Restano fuori, perché il file non è sull'iPod o il "
+     "percorso è troppo lungo per il lettore: %2."},
+    {"statisticsWillWriteAll", "Going to .rockbox/database_changelog.txt: %1, that is all of them.",
+     "Vanno in .rockbox/database_changelog.txt: %1, cioè tutti."},
     {"statisticsReplaces",
      "The changelog already on the iPod (Rockbox writes one on \"Export Modifications\") will be replaced.",
      "Il changelog già presente sull'iPod (Rockbox ne scrive uno con \"Export Modifications\") verrà "
@@ -61,8 +62,8 @@ const std::array<Text, 25> texts{{
      "Questo iPod non ha la cartella .rockbox: installa prima Rockbox."},
     {"statisticsUnreadable", "The iPod's database could not be read.",
      "Impossibile leggere il database dell'iPod."},
-    {"statisticsDone", "Copied: %1 tracks are ready for Rockbox to import.",
-     "Copiati: %1 brani sono pronti per l'importazione in Rockbox."},
+    {"statisticsDone", "Copied. Tracks ready for Rockbox to import: %1.",
+     "Copia eseguita. Brani pronti per l'importazione in Rockbox: %1."},
     {"statisticsFailed", "The changelog could not be written: %2", "Impossibile scrivere il changelog: %2"},
     {"statisticsCopy", "Copy", "Copia"},
     {"statisticsCancel", "Cancel", "Annulla"},

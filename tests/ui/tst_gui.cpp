@@ -340,7 +340,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_ui->model().statisticsCopy().value("state").toString(), "ready");
         m_ui->settle(300);
         const QString message = textOf(m_ui->item("statisticsMessage"));
-        QVERIFY2(message.contains("10 go to .rockbox/database_changelog.txt; 1 are left out"), qPrintable(message));
+        QVERIFY2(message.contains("Going to .rockbox/database_changelog.txt: 10. Left out"), qPrintable(message));
         m_ui->click(m_ui->item("statisticsCopyButton"));
         QTRY_COMPARE(m_ui->model().statisticsCopy().value("state").toString(), "done");
         QVERIFY(QFileInfo(m_ipod + "/.rockbox/database_changelog.txt").size() > 0);

@@ -21,7 +21,7 @@ Dialog {
     closePolicy: Popup.CloseOnEscape
     onOpened: (canCopy ? copyButton : closeButton).forceActiveFocus(Qt.PopupFocusReason)
     onCanCopyChanged: if (canCopy) copyButton.forceActiveFocus(Qt.PopupFocusReason)
-    onClosed: viewModel.closeStatisticsCopy()
+    onClosed: if (phase.length > 0) viewModel.closeStatisticsCopy() // closed by the user, not by the model
     onPhaseChanged: phase.length > 0 ? open() : close()
     Overlay.modal: Rectangle { color: Qt.rgba(0.1, 0.12, 0.18, 0.25) }
     background: GlassCard { cornerRadius: 14; padding: 0; fill: Theme.opaqueFill }
