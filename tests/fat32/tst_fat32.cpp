@@ -145,13 +145,6 @@ class TestFat32 : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-    #ifdef KESTRUNE_SANITIZED
-        QSKIP("the sanitizers' shadow memory does not fit the user-mode kernel's address space; the dev build runs this suite");
-    #endif
-    }
-
     void deviceFaultsFailEveryPlaylistInWords_data()
     {
         QTest::addColumn<QString>("fault");
