@@ -51,12 +51,16 @@ void AppViewModel::prepareStatisticsCopy()
                 return draft;
             }
             const StatisticsSummary summary = summarizeStatistics(statistics.tracks);
-            DeviceFileIndex files(root);
-            const StatisticsChangelog changelog = buildStatisticsChangelog(statistics.tracks, files);
             const std::optional<QString> target = changelogPath(root);
             const QString state = !target                             ? QStringLiteral("noRockbox")
                                   : summary.tracksWithStatistics == 0 ? QStringLiteral("nothing")
                                                                       : QStringLiteral("ready");
+            if (state != QStringLiteral("ready")) { // nothing to copy: the device's files need no walk
+                draft.shown = stateOnly(state);
+                return draft;
+            }
+            DeviceFileIndex files(root);
+            const StatisticsChangelog changelog = buildStatisticsChangelog(statistics.tracks, files);
             draft.changelog = changelog.text;
             draft.shown = {{QStringLiteral("state"), state},
                            {QStringLiteral("tracks"), summary.tracksWithStatistics},
