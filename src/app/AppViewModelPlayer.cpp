@@ -26,13 +26,12 @@ void AppViewModel::checkPlaylistsForPlayer()
             check.player = readRockboxPlayer(root);
             DeviceFileIndex files(root);
             const bool holdsMusic = files.contains(QStringLiteral("iPod_Control/Music"));
+            PlaylistChecker checker(options, check.player.playlistLimit, holdsMusic ? &files : nullptr);
             for (const Playlist &playlist : playlists) {
                 check.playlistIds.append(playlist.id);
                 if (playlist.isMaster)
                     continue;
-                QList<PlaylistWarning> found =
-                    kestrune::playlistWarnings(playlist, options, check.player.playlistLimit,
-                                               holdsMusic ? &files : nullptr);
+                QList<PlaylistWarning> found = checker.warnings(playlist);
                 if (!found.isEmpty())
                     check.warnings.insert(playlist.id, std::move(found));
             }

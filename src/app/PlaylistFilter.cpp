@@ -24,7 +24,7 @@ bool PlaylistFilter::accepts(const Playlist &playlist) const
     if (needle.isEmpty() || found(playlist.name))
         return true;
     return std::any_of(playlist.tracks.cbegin(), playlist.tracks.cend(),
-                       [&found](const Track &track) { return found(track.title) || found(track.artist); });
+                       [&found](const Track &track) { return found(track.title()) || found(track.artist()); });
 }
 
 QList<Playlist> PlaylistFilter::apply(const QList<Playlist> &playlists) const

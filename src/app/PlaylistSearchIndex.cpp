@@ -27,11 +27,11 @@ PlaylistSearchIndex::PlaylistSearchIndex(const QList<Playlist> &playlists)
         m_durations.append(playlist.formattedTotalDuration());
         std::vector<int> &members = m_tracksOfPlaylist.emplace_back();
         for (const Track &track : playlist.tracks) {
-            auto slot = indexOfTrack.find(track.id);
+            auto slot = indexOfTrack.find(track.id());
             if (slot == indexOfTrack.end()) {
-                slot = indexOfTrack.insert(track.id, int(m_foldedTitles.size()));
-                m_foldedTitles.push_back(folded(track.title));
-                m_foldedArtists.push_back(folded(track.artist));
+                slot = indexOfTrack.insert(track.id(), int(m_foldedTitles.size()));
+                m_foldedTitles.push_back(folded(track.title()));
+                m_foldedArtists.push_back(folded(track.artist()));
                 lastSeenIn.push_back(playlistNumber);
                 members.push_back(*slot);
             } else if (lastSeenIn[size_t(*slot)] != playlistNumber) {

@@ -143,7 +143,7 @@ int runCheck(const QStringList &arguments, CliOutput &output)
         return exitUsageOrInput;
     if (!source->deviceRoot)
         return output.fail(QStringLiteral("check: SOURCE must be an iPod root or backup folder, not a bare database"));
-    const std::optional<ParseResult> library = loadDatabase(*source, output);
+    const ParseResult *library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
     Player player = playerOf(*source);

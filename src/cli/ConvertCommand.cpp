@@ -159,7 +159,7 @@ int runConvert(const QStringList &arguments, CliOutput &output)
                                              : source->playlistsFolder.value_or(QString());
     if (request.destination.isEmpty())
         return output.fail(QStringLiteral("convert: SOURCE is a bare database file; give --dest DIR"));
-    std::optional<ParseResult> library = loadDatabase(*source, output);
+    ParseResult *library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
 

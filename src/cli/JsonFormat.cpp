@@ -7,18 +7,18 @@ namespace kestrune::cli {
 QJsonObject trackJson(const Track &track)
 {
     return QJsonObject{
-        {QStringLiteral("id"), qint64(track.id)},
-        {QStringLiteral("title"), track.title},
-        {QStringLiteral("artist"), track.artist},
-        {QStringLiteral("album"), track.album},
-        {QStringLiteral("genre"), track.genre},
-        {QStringLiteral("composer"), track.composer},
-        {QStringLiteral("ipodPath"), track.ipodPath},
-        {QStringLiteral("fileSize"), qint64(track.fileSize)},
-        {QStringLiteral("totalTimeMs"), qint64(track.totalTimeMs)},
-        {QStringLiteral("trackNumber"), qint64(track.trackNumber)},
-        {QStringLiteral("year"), qint64(track.year)},
-        {QStringLiteral("bitrate"), qint64(track.bitrate)},
+        {QStringLiteral("id"), qint64(track.id())},
+        {QStringLiteral("title"), track.title()},
+        {QStringLiteral("artist"), track.artist()},
+        {QStringLiteral("album"), track.album()},
+        {QStringLiteral("genre"), track.genre()},
+        {QStringLiteral("composer"), track.composer()},
+        {QStringLiteral("ipodPath"), track.ipodPath()},
+        {QStringLiteral("fileSize"), qint64(track.fileSize())},
+        {QStringLiteral("totalTimeMs"), qint64(track.totalTimeMs())},
+        {QStringLiteral("trackNumber"), qint64(track.trackNumber())},
+        {QStringLiteral("year"), qint64(track.year())},
+        {QStringLiteral("bitrate"), qint64(track.bitrate())},
         {QStringLiteral("rockboxPath"), track.rockboxPath()},
     };
 }

@@ -43,7 +43,7 @@ int runPlaylists(const QStringList &arguments, CliOutput &output)
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
         return exitUsageOrInput;
-    std::optional<ParseResult> library = loadDatabase(*source, output);
+    ParseResult *library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
     const qsizetype databasePlaylists = library->playlists.size();
@@ -119,7 +119,7 @@ int runTracks(const QStringList &arguments, CliOutput &output)
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
         return exitUsageOrInput;
-    const std::optional<ParseResult> library = loadDatabase(*source, output);
+    const ParseResult *library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
 
@@ -147,7 +147,7 @@ int runTracks(const QStringList &arguments, CliOutput &output)
                      QStringLiteral("Time"), QStringLiteral("Path on the player")},
                     {true, false, false, true, false});
     for (const Track &track : std::as_const(tracks)) {
-        table.addRow({QString::number(track.id), track.displayTitle(), track.displayArtist(),
+        table.addRow({QString::number(track.id()), track.displayTitle(), track.displayArtist(),
                       track.formattedDuration(), track.rockboxPath()});
     }
     table.print(output.out());

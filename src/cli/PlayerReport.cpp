@@ -59,10 +59,9 @@ QList<PlaylistWarning> warningsFor(const QList<Playlist> &playlists, const Conve
                                    Player &player)
 {
     QList<PlaylistWarning> warnings;
-    for (const Playlist &playlist : playlists) {
-        warnings += playlistWarnings(playlist, options, player.rockbox.playlistLimit,
-                                     player.files ? &*player.files : nullptr);
-    }
+    PlaylistChecker checker(options, player.rockbox.playlistLimit, player.files ? &*player.files : nullptr);
+    for (const Playlist &playlist : playlists)
+        warnings += checker.warnings(playlist);
     return warnings;
 }
 

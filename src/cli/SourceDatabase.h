@@ -22,8 +22,10 @@ struct Source {
 // gives none when SOURCE is neither.
 std::optional<Source> resolveSource(const QString &argument, CliOutput &output);
 
-// Parses the source's database, reporting a read or parse failure as one line.
-std::optional<ParseResult> loadDatabase(const Source &source, CliOutput &output);
+// Parses the source's database, reporting a read or parse failure as one line and giving null. The library
+// is kept until the process ends and is never freed: freeing half a million playlist entries one by one
+// would take a good part of the parse's own time, for memory the system takes back whole at exit.
+ParseResult *loadDatabase(const Source &source, CliOutput &output);
 
 // The On-The-Go playlists beside the source's database; files that do not fit it are reported as warnings.
 QList<Playlist> onTheGoPlaylists(const Source &source, const ParseResult &library, CliOutput &output);

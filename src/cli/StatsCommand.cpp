@@ -28,7 +28,7 @@ void printSummary(const StatisticsSummary &summary, const LibraryStatistics &sta
         {QStringLiteral("Plays"), QStringLiteral("Stars"), QStringLiteral("Title"), QStringLiteral("Artist")},
         {true, true, false, false});
     for (const Track &track : summary.mostPlayed) {
-        table.addRow({QString::number(track.playCount), QString::number(track.rating / 20),
+        table.addRow({QString::number(track.playCount()), QString::number(track.rating() / 20),
                       track.displayTitle(), track.displayArtist()});
     }
     table.print(out);
@@ -40,8 +40,8 @@ QJsonObject summaryJson(const StatisticsSummary &summary, const LibraryStatistic
     for (const Track &track : summary.mostPlayed) {
         mostPlayed.append(QJsonObject{{QStringLiteral("title"), track.displayTitle()},
                                       {QStringLiteral("artist"), track.displayArtist()},
-                                      {QStringLiteral("playCount"), qint64(track.playCount)},
-                                      {QStringLiteral("stars"), track.rating / 20}});
+                                      {QStringLiteral("playCount"), qint64(track.playCount())},
+                                      {QStringLiteral("stars"), track.rating() / 20}});
     }
     return QJsonObject{{QStringLiteral("tracksWithStatistics"), summary.tracksWithStatistics},
                        {QStringLiteral("totalPlays"), summary.totalPlays},
@@ -67,7 +67,7 @@ int runStats(const QStringList &arguments, CliOutput &output)
         return exitUsageOrInput;
     if (parser.isSet(write) && !source->deviceRoot)
         return output.fail(QStringLiteral("stats --write: SOURCE must be an iPod root, not a bare database"));
-    std::optional<ParseResult> library = loadDatabase(*source, output);
+    ParseResult *library = loadDatabase(*source, output);
     if (!library)
         return exitUsageOrInput;
 

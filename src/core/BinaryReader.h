@@ -63,6 +63,12 @@ public:
         if (m_file)
             m_file->release(begin, end);
     }
+    // Says nothing before `position` will be read again: the cursor has moved on for good.
+    void releaseBefore(qsizetype position)
+    {
+        if (m_file)
+            m_file->releaseBefore(position);
+    }
 
 private:
     [[nodiscard]] bool fits(qsizetype width) const { return width >= 0 && width <= m_data.size() - m_offset; }

@@ -84,6 +84,7 @@ QList<quint32> readEntries(BinaryReader &reader, quint32 count, ParseBudget &bud
         if (reader.remainingBytes() < 24)
             break;
         const qsizetype entryStart = reader.offset();
+        reader.releaseBefore(entryStart);
         if (!readTag(reader, QLatin1StringView("mhip")) || !budget.spendChunk())
             break;
         const quint32 headerLen = reader.readUInt32LE().value_or(0);

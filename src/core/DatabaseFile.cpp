@@ -6,10 +6,10 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstdlib>
 
 #ifdef Q_OS_LINUX
 #include <sys/mman.h>
-#include <unistd.h>
 #endif
 
 namespace kestrune {
@@ -36,16 +36,37 @@ DatabaseFile::DatabaseFile(const QString &path, ReadProgress progress) : m_file(
         throw FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
                                         .arg(info.fileName(), m_file.errorString())};
     }
+    const qsizetype size = qsizetype(m_file.size());
+    m_loaded.assign(size_t((size >> chunkShift) + 1), false);
+    m_bufferSize = qsizetype(m_loaded.size()) << chunkShift;
     // Untouched, the buffer's pages take no memory: only the parts loaded do.
-    m_bytes = QByteArray(qsizetype(m_file.size()), Qt::Uninitialized);
-    m_loaded.assign(size_t((m_bytes.size() >> chunkShift) + 1), false);
+#ifdef Q_OS_LINUX
+    void *buffer = ::mmap(nullptr, size_t(m_bufferSize), PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    m_buffer = buffer == MAP_FAILED ? nullptr : static_cast<char *>(buffer);
+#else
+    m_buffer = static_cast<char *>(std::malloc(size_t(m_bufferSize)));
+#endif
+    if (!m_buffer)
+        throw ParseError::readFailed(QStringLiteral("memoria insufficiente per il file"));
+    m_bytes = QByteArray::fromRawData(m_buffer, size);
+}
+
+DatabaseFile::~DatabaseFile()
+{
+#ifdef Q_OS_LINUX
+    ::munmap(m_buffer, size_t(m_bufferSize));
+#else
+    std::free(m_buffer);
+#endif
 }
 
 void DatabaseFile::loadChunk(qsizetype chunk)
 {
+    reusePagesFor(chunk);
     const qint64 start = qint64(chunk) << chunkShift;
-    const qint64 length = std::min<qint64>(qint64(1) << chunkShift, m_bytes.size() - start);
-    char *at = m_bytes.data() + start;
+    const qint64 length = std::min<qint64>(chunkSize, m_bytes.size() - start);
+    char *at = chunkAt(chunk);
     qint64 done = 0;
     if (!m_file.seek(start))
         throw ParseError::readFailed(m_file.errorString());
@@ -64,23 +85,51 @@ void DatabaseFile::loadChunk(qsizetype chunk)
         m_progress(m_percentTold = percent);
 }
 
+void DatabaseFile::reusePagesFor(qsizetype chunk)
+{
+#ifdef Q_OS_LINUX
+    const auto own = std::find(m_spareChunks.begin(), m_spareChunks.end(), chunk);
+    if (own != m_spareChunks.end()) { // read again where its pages still are
+        m_spareChunks.erase(own);
+        return;
+    }
+    if (m_spareChunks.empty())
+        return;
+    const qsizetype spare = m_spareChunks.back();
+    m_spareChunks.pop_back();
+    // Moving the pages replaces the chunk's untouched ones and leaves no mapping where they were, so fresh
+    // untouched pages go there. Should that fail, a later read into that place fails and says so.
+    if (::mremap(chunkAt(spare), size_t(chunkSize), size_t(chunkSize), MREMAP_MAYMOVE | MREMAP_FIXED,
+                 chunkAt(chunk)) == MAP_FAILED) {
+        ::madvise(chunkAt(spare), size_t(chunkSize), MADV_DONTNEED);
+        return;
+    }
+    ::mmap(chunkAt(spare), size_t(chunkSize), PROT_READ | PROT_WRITE,
+           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
+#else
+    Q_UNUSED(chunk);
+#endif
+}
+
 void DatabaseFile::release(qsizetype offset, qsizetype end)
 {
     end = std::min(end, m_bytes.size());
-    const qsizetype first = (offset + (qsizetype(1) << chunkShift) - 1) >> chunkShift;
+    const qsizetype first = (offset + chunkSize - 1) >> chunkShift;
     const qsizetype last = end == m_bytes.size() ? qsizetype(m_loaded.size()) : end >> chunkShift; // exclusive
-    if (first >= last)
-        return;
+    for (qsizetype chunk = first; chunk < last; ++chunk) {
+        if (!m_loaded[size_t(chunk)])
+            continue;
+        m_loaded[size_t(chunk)] = false;
 #ifdef Q_OS_LINUX
-    // The buffer is never written again where it was released, so its pages can simply go: they read as
-    // zeros until a load fills them again.
-    const auto page = quintptr(::sysconf(_SC_PAGESIZE));
-    const auto begin = (quintptr(m_bytes.data() + (first << chunkShift)) + page - 1) & ~(page - 1);
-    const auto stop = quintptr(m_bytes.data() + std::min(last << chunkShift, m_bytes.size())) & ~(page - 1);
-    if (begin < stop)
-        ::madvise(reinterpret_cast<void *>(begin), stop - begin, MADV_DONTNEED);
+        // A few are kept for the next chunks to be read; the others' pages simply go, and read as zeros
+        // until a load fills them again.
+        constexpr size_t sparesKept = 4;
+        if (m_spareChunks.size() < sparesKept)
+            m_spareChunks.push_back(chunk);
+        else
+            ::madvise(chunkAt(chunk), size_t(chunkSize), MADV_DONTNEED);
 #endif
-    std::fill(m_loaded.begin() + first, m_loaded.begin() + last, false);
+    }
 }
 
 void DatabaseFile::finish()

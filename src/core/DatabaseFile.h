@@ -14,12 +14,17 @@ using ReadProgress = std::function<void(int percent)>;
 
 // A database file read with ordinary reads as the parser comes to its parts, a megabyte at a time, so that
 // a bad sector is an error rather than a signal (as with a memory map), and a part the parser skips (such
-// as the second copy of the playlists iTunes writes) is never read and takes no memory.
+// as the second copy of the playlists iTunes writes) is never read and takes no memory. The parser gives
+// back each megabyte once it has passed it; on Linux the memory of one passed megabyte is moved under the
+// next one to be read, so a large file is read through a few megabytes of memory that are already there.
 class DatabaseFile {
 public:
     // Opens the file. Throws FileSystemError when it cannot be opened, ParseError::readFailed when it is no
     // regular file (a FIFO would block for ever).
     explicit DatabaseFile(const QString &path, ReadProgress progress = {});
+    ~DatabaseFile();
+    DatabaseFile(const DatabaseFile &) = delete;
+    DatabaseFile &operator=(const DatabaseFile &) = delete;
 
     // The file's bytes; only the parts loaded so far hold its content.
     [[nodiscard]] const QByteArray &bytes() const { return m_bytes; }
@@ -35,17 +40,34 @@ public:
     // Gives back the memory of the whole chunks inside [offset, end), which the parser is done with; a
     // later load of them reads them again.
     void release(qsizetype offset, qsizetype end);
+    // The same for everything before `offset`, for a parser that moves on through a section. Cheap to call
+    // often: it acts only when a chunk boundary has been passed.
+    void releaseBefore(qsizetype offset)
+    {
+        if ((offset >> chunkShift) > m_passedChunks) {
+            release(m_passedChunks << chunkShift, offset);
+            m_passedChunks = offset >> chunkShift;
+        }
+    }
     // Says the whole file is read, for the progress shown.
     void finish();
 
 private:
     static constexpr int chunkShift = 20;
+    static constexpr qsizetype chunkSize = qsizetype(1) << chunkShift;
 
     void loadChunk(qsizetype chunk);
+    [[nodiscard]] char *chunkAt(qsizetype chunk) const { return m_buffer + (chunk << chunkShift); }
+    // Linux: gives the chunk the pages of a released one, so reading into it needs no fresh memory.
+    void reusePagesFor(qsizetype chunk);
 
     QFile m_file;
-    QByteArray m_bytes;
+    char *m_buffer = nullptr;
+    qsizetype m_bufferSize = 0; // whole chunks, so that every chunk's pages can be moved whole
+    QByteArray m_bytes;         // the file's size of m_buffer, not owning it
     std::vector<bool> m_loaded;
+    std::vector<qsizetype> m_spareChunks; // released, their pages still there to be reused
+    qsizetype m_passedChunks = 0;
     qint64 m_bytesRead = 0;
     int m_percentTold = 0;
     ReadProgress m_progress;

@@ -4,7 +4,7 @@
 #include "MhodText.h"
 #include "ParseError.h"
 #include "Prefetch.h"
-#include "SharedTrackText.h"
+#include "TrackTexts.h"
 
 #include <QUuid>
 
@@ -32,35 +32,75 @@ bool isSmartMarker(quint32 type)
     return type == 50 || type == 51 || type == 100 || type == 101;
 }
 
-void storeTrackString(Track &track, quint32 type, QString text)
+std::optional<TrackTexts::Field> trackTextField(quint32 type)
 {
     switch (type) {
     case mhodTitle:
-        track.title = std::move(text);
-        break;
+        return TrackTexts::title;
     case mhodPath:
-        track.ipodPath = std::move(text);
-        break;
+        return TrackTexts::ipodPath;
     case mhodAlbum:
-        track.album = std::move(text);
-        break;
+        return TrackTexts::album;
     case mhodArtist:
-        track.artist = std::move(text);
-        break;
+        return TrackTexts::artist;
     case mhodGenre:
-        track.genre = std::move(text);
-        break;
+        return TrackTexts::genre;
     case mhodComposer:
-        track.composer = std::move(text);
-        break;
+        return TrackTexts::composer;
     default:
-        break;
+        return std::nullopt;
     }
+}
+
+// The text bytes of a string object, with the form they are in; none when there are none.
+struct MhodPayload {
+    QByteArrayView bytes;
+    bool structured = false; // behind a string header, which tells UTF-8 from UTF-16
+    bool flaggedUtf8 = false;
+};
+
+std::optional<MhodPayload> readMhodPayload(BinaryReader &reader, qsizetype mhodStart, quint32 headerLen,
+                                           quint32 totalLen, ParseBudget &budget)
+{
+    if (headerLen >= totalLen)
+        return std::nullopt;
+    const qint64 payloadLen = qint64(totalLen) - headerLen;
+    MhodPayload payload;
+    qint64 byteCount = payloadLen;
+    reader.seek(mhodStart + headerLen);
+    if (payloadLen >= 16) {
+        payload.structured = true;
+        payload.flaggedUtf8 = reader.readUInt32LE() == 2u;
+        const quint32 storedLength = reader.readUInt32LE().value_or(0);
+        reader.skip(8);
+        const qint64 available = payloadLen - 16;
+        byteCount = (storedLength != 0 && storedLength <= available) ? storedLength : available;
+        if (byteCount < 1)
+            return std::nullopt;
+    }
+    const std::optional<QByteArrayView> bytes = reader.readView(byteCount);
+    if (!bytes || !budget.spendDecodedBytes(bytes->size()))
+        return std::nullopt;
+    payload.bytes = *bytes;
+    return payload;
+}
+
+QString decodeMhodPayload(const MhodPayload &payload)
+{
+    return trimMhodText(payload.structured ? decodeStructuredMhodText(payload.bytes, payload.flaggedUtf8)
+                                           : decodeRawMhodText(payload.bytes));
+}
+
+QString readMhodString(BinaryReader &reader, qsizetype mhodStart, quint32 headerLen, quint32 totalLen,
+                       ParseBudget &budget)
+{
+    const std::optional<MhodPayload> payload = readMhodPayload(reader, mhodStart, headerLen, totalLen, budget);
+    return payload ? decodeMhodPayload(*payload) : QString();
 }
 
 // The statistics words of a track item, each read only when the item's header reaches it: older
 // databases have shorter headers.
-void readStatistics(BinaryReader &reader, const ItemHead &item, Track &track)
+void readStatistics(BinaryReader &reader, const ItemHead &item, TrackFields &track)
 {
     const auto wordAt = [&](qsizetype offset) {
         reader.seek(item.start + offset);
@@ -95,7 +135,7 @@ void resolveTracks(QList<Playlist> &playlists, const QHash<quint32, Track> &trac
         playlist.tracks.reserve(qsizetype(found.size()));
         for (size_t i = 0; i < found.size(); ++i) {
             if (i + lookahead < found.size())
-                prefetchTrack(found[i + lookahead]);
+                prefetchTrack(*found[i + lookahead]);
             playlist.tracks.append(*found[i]);
         }
     }
@@ -162,7 +202,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, ParseWork *work) const
             result.tracks.reserve(result.tracks.size() + tracks.size());
             for (Track &track : tracks) {
                 const qsizetype known = result.tracks.size();
-                const quint32 id = track.id;
+                const quint32 id = track.id();
                 result.trackItemIds.append(id);
                 result.tracks[id] = std::move(track); // a later record with the same id wins
                 if (result.tracks.size() != known)
@@ -199,8 +239,9 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
             break;
         if (step == ItemStep::skipped)
             continue;
+        reader.releaseBefore(item.start);
 
-        Track track{.id = item.word16};
+        TrackFields track{.id = item.word16};
         if (item.headerLen >= 60) {
             reader.seek(item.start + 36);
             track.fileSize = reader.readUInt32LE().value_or(0);
@@ -212,14 +253,23 @@ QList<Track> ITunesDBParser::parseTrackList(BinaryReader &reader, qsizetype sect
         }
         readStatistics(reader, item, track);
         reader.seek(item.start + item.headerLen);
+        TrackTexts texts;
         walkDataObjects(reader, item.end(), item.word12, budget,
                         [&](quint32 type, qsizetype start, quint32 headerLen, quint32 totalLen) {
-                            storeTrackString(track, type,
-                                             readMhodString(reader, start, headerLen, totalLen, budget));
+                            const std::optional<TrackTexts::Field> field = trackTextField(type);
+                            if (!field)
+                                return;
+                            const std::optional<MhodPayload> payload =
+                                readMhodPayload(reader, start, headerLen, totalLen, budget);
+                            if (!payload)
+                                texts.setDecoded(*field, QString());
+                            else if (payload->structured && !payload->flaggedUtf8 && isPlainUtf16Text(payload->bytes))
+                                texts.setUtf16(*field, payload->bytes); // its own text: taken as it is
+                            else
+                                texts.setDecoded(*field, decodeMhodPayload(*payload));
                         });
-
-        shareOneAllocation(track);
-        tracks.append(std::move(track));
+        texts.moveInto(track);
+        tracks.append(Track(std::move(track)));
         reader.seek(item.end());
         if (item.totalLen == 0)
             break;
@@ -239,6 +289,7 @@ QList<Playlist> ITunesDBParser::parsePlaylistList(BinaryReader &reader, qsizetyp
             break;
         if (step == ItemStep::skipped)
             continue;
+        reader.releaseBefore(item.start);
 
         Playlist playlist;
         if (item.headerLen >= 24)
@@ -275,35 +326,6 @@ QList<Playlist> ITunesDBParser::parsePlaylistList(BinaryReader &reader, qsizetyp
             break;
     }
     return playlists;
-}
-
-QString ITunesDBParser::readMhodString(BinaryReader &reader, qsizetype mhodStart, quint32 headerLen,
-                                       quint32 totalLen, ParseBudget &budget) const
-{
-    if (headerLen >= totalLen)
-        return {};
-    const qint64 payloadLen = qint64(totalLen) - headerLen;
-
-    if (payloadLen >= 16) {
-        reader.seek(mhodStart + headerLen);
-        const bool flaggedUtf8 = reader.readUInt32LE() == 2u;
-        const quint32 storedLength = reader.readUInt32LE().value_or(0);
-        reader.skip(8);
-        const qint64 available = payloadLen - 16;
-        const qint64 byteCount = (storedLength != 0 && storedLength <= available) ? storedLength : available;
-        if (byteCount < 1)
-            return {};
-        const std::optional<QByteArrayView> bytes = reader.readView(byteCount);
-        if (!bytes || !budget.spendDecodedBytes(bytes->size()))
-            return {};
-        return trimMhodText(decodeStructuredMhodText(*bytes, flaggedUtf8));
-    }
-
-    reader.seek(mhodStart + headerLen);
-    const std::optional<QByteArrayView> bytes = reader.readView(payloadLen);
-    if (!bytes || !budget.spendDecodedBytes(bytes->size()))
-        return {};
-    return trimMhodText(decodeRawMhodText(*bytes));
 }
 
 } // namespace kestrune

@@ -25,8 +25,6 @@ private:
     ParseResult parse(BinaryReader &reader, ParseWork *work) const;
     QList<Track> parseTrackList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
     QList<Playlist> parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
-    QString readMhodString(BinaryReader &reader, qsizetype mhodStart, quint32 headerLen, quint32 totalLen,
-                           ParseBudget &budget) const;
 };
 
 } // namespace kestrune

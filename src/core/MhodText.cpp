@@ -2,6 +2,9 @@
 
 #include "TextEncoding.h"
 
+#include <QSysInfo>
+
+#include <cstring>
 #include <optional>
 
 namespace kestrune {
@@ -18,6 +21,8 @@ bool isNonEmpty(const std::optional<QString> &text)
     return text && !text->isEmpty();
 }
 
+} // namespace
+
 bool isMhodTrimmed(QChar c)
 {
     switch (c.unicode()) {
@@ -33,8 +38,6 @@ bool isMhodTrimmed(QChar c)
         return false;
     }
 }
-
-} // namespace
 
 QString decodeStructuredMhodText(QByteArrayView bytes, bool flaggedUtf8)
 {
@@ -81,6 +84,27 @@ QString trimMhodText(const QString &text)
     if (begin == 0 && end == text.size())
         return text;
     return text.mid(begin, end - begin);
+}
+
+bool isPlainUtf16Text(QByteArrayView bytes)
+{
+    if constexpr (QSysInfo::ByteOrder != QSysInfo::LittleEndian)
+        return false;
+    if (bytes.size() < 2 || bytes.size() % 2 != 0)
+        return false;
+    const qsizetype count = bytes.size() / 2;
+    const auto unitAt = [&bytes](qsizetype i) {
+        char16_t unit;
+        std::memcpy(&unit, bytes.data() + 2 * i, 2);
+        return unit;
+    };
+    if (isMhodTrimmed(QChar(unitAt(0))) || isMhodTrimmed(QChar(unitAt(count - 1))))
+        return false;
+    for (qsizetype i = 0; i < count; ++i) {
+        if ((unitAt(i) & 0xF800) == 0xD800)
+            return false;
+    }
+    return true;
 }
 
 } // namespace kestrune

@@ -60,11 +60,12 @@ void applyPlayCounts(QHash<quint32, Track> &tracks, const QList<quint32> &trackI
         if (track == tracks.end())
             continue;
         const PlayCountEntry &entry = entries.at(i);
-        track->playCount += entry.plays;
-        track->skipCount += entry.skips;
-        track->lastPlayed = qMax(track->lastPlayed, entry.lastPlayed);
+        TrackFields &fields = track->editFields();
+        fields.playCount += entry.plays;
+        fields.skipCount += entry.skips;
+        fields.lastPlayed = qMax(fields.lastPlayed, entry.lastPlayed);
         if (entry.rating)
-            track->rating = *entry.rating;
+            fields.rating = *entry.rating;
     }
 }
 

@@ -20,7 +20,7 @@ qint64 Playlist::totalDurationSeconds() const
 {
     qint64 total = 0;
     for (const Track &track : tracks)
-        total += track.totalTimeMs / 1000;
+        total += track.totalTimeMs() / 1000;
     return total;
 }
 

@@ -4,16 +4,25 @@
 
 namespace kestrune {
 
+Track::Track()
+{
+    // Default tracks, such as QHash::value() gives for an id it lacks, share one empty record.
+    static const QSharedDataPointer<Shared> empty(new Shared);
+    d = empty;
+}
+
+Track::Track(TrackFields fields) : d(new Shared(std::move(fields))) {}
+
 QString Track::formattedDuration() const
 {
-    const quint32 minutes = totalTimeMs / 60000;
-    const quint32 seconds = (totalTimeMs / 1000) % 60;
+    const quint32 minutes = d->totalTimeMs / 60000;
+    const quint32 seconds = (d->totalTimeMs / 1000) % 60;
     return QString::number(minutes) + u':' + QStringLiteral("%1").arg(seconds, 2, 10, QLatin1Char('0'));
 }
 
 QString Track::rockboxPath() const
 {
-    QString path = ipodPath;
+    QString path = d->ipodPath;
     path.replace(u':', u'/');
     if (!path.startsWith(u'/'))
         path.prepend(u'/');
@@ -22,33 +31,34 @@ QString Track::rockboxPath() const
 
 QString Track::displayTitle() const
 {
-    const QString trimmed = trimmedWhitespaceAndNewlines(title);
+    const QString trimmed = trimmedWhitespaceAndNewlines(d->title);
     if (!trimmed.isEmpty())
         return trimmed;
     // The stored path is colon-separated, so this usually yields the whole path; that is intended.
-    const QString lastComponent = lastSlashComponent(ipodPath);
+    const QString lastComponent = lastSlashComponent(d->ipodPath);
     if (!lastComponent.isEmpty())
         return lastComponent;
-    return QStringLiteral("Track ") + QString::number(id);
+    return QStringLiteral("Track ") + QString::number(d->id);
 }
 
 QString Track::displayArtist() const
 {
-    const QString trimmed = trimmedWhitespaceAndNewlines(artist);
+    const QString trimmed = trimmedWhitespaceAndNewlines(d->artist);
     return trimmed.isEmpty() ? QStringLiteral("Unknown Artist") : trimmed;
 }
 
 QString Track::displayAlbum() const
 {
-    const QString trimmed = trimmedWhitespaceAndNewlines(album);
+    const QString trimmed = trimmedWhitespaceAndNewlines(d->album);
     return trimmed.isEmpty() ? QStringLiteral("Unknown Album") : trimmed;
 }
 
 size_t qHash(const Track &track, size_t seed) noexcept
 {
-    return qHashMulti(seed, track.id, track.title, track.artist, track.album, track.genre, track.composer,
-                      track.ipodPath, track.fileSize, track.totalTimeMs, track.trackNumber, track.year,
-                      track.bitrate, track.rating, track.playCount, track.lastPlayed, track.skipCount);
+    const TrackFields &f = track.fields();
+    return qHashMulti(seed, f.id, f.title, f.artist, f.album, f.genre, f.composer, f.ipodPath, f.fileSize,
+                      f.totalTimeMs, f.trackNumber, f.year, f.bitrate, f.rating, f.playCount, f.lastPlayed,
+                      f.skipCount);
 }
 
 } // namespace kestrune

@@ -35,6 +35,28 @@ QString m3uPathLine(const Track &track, const QString &customPathPrefix)
     return prefix + u'/' + withoutSurroundingSlashes(devicePath);
 }
 
+qsizetype m3uPathLineUtf8Size(const Track &track, const QString &customPathPrefix)
+{
+    if (!customPathPrefix.isEmpty())
+        return m3uPathLine(track, customPathPrefix).toUtf8().size();
+    const QString &path = track.ipodPath(); // ':' and '/' are one byte each, so the swap keeps the size
+    qsizetype size = path.startsWith(u':') || path.startsWith(u'/') ? 0 : 1;
+    for (qsizetype i = 0; i < path.size(); ++i) {
+        const char16_t unit = path.at(i).unicode();
+        if (unit < 0x80)
+            size += 1;
+        else if (unit < 0x800)
+            size += 2;
+        else if (!QChar::isSurrogate(unit))
+            size += 3;
+        else if (QChar::isHighSurrogate(unit) && i + 1 < path.size() && path.at(i + 1).isLowSurrogate())
+            size += 4, ++i;
+        else
+            size += 1; // an unpaired surrogate becomes '?', as QString::toUtf8 has it
+    }
+    return size;
+}
+
 namespace {
 
 // Appends the device path with the prefix rule, straight into `text`. A large export writes hundreds of
@@ -45,10 +67,10 @@ void appendPathLine(QString &text, const Track &track, const QString &customPath
         text += m3uPathLine(track, customPathPrefix);
         return;
     }
-    if (!track.ipodPath.startsWith(u':') && !track.ipodPath.startsWith(u'/'))
+    if (!track.ipodPath().startsWith(u':') && !track.ipodPath().startsWith(u'/'))
         text += u'/';
     const qsizetype start = text.size();
-    text += track.ipodPath;
+    text += track.ipodPath();
     std::replace(text.begin() + start, text.end(), QChar(u':'), QChar(u'/'));
 }
 
@@ -56,11 +78,11 @@ void appendInfoLine(QString &text, const Track &track)
 {
     text += QLatin1StringView("#EXTINF:");
     char digits[16];
-    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, track.totalTimeMs / 1000);
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, track.totalTimeMs() / 1000);
     Q_UNUSED(error);
     text += QLatin1StringView(digits, end - digits);
     text += u',';
-    const QString artist = trimmedWhitespaceAndNewlines(track.artist);
+    const QString artist = trimmedWhitespaceAndNewlines(track.artist());
     if (!artist.isEmpty() && artist != QLatin1StringView("Unknown Artist")) {
         text += artist;
         text += QLatin1StringView(" - ");

@@ -20,8 +20,34 @@ QString warningKindName(PlaylistWarning::Kind kind)
     return {};
 }
 
-QList<PlaylistWarning> playlistWarnings(const Playlist &playlist, const ConversionOptions &options,
-                                        int playlistLimit, DeviceFileIndex *deviceFiles)
+PlaylistChecker::PlaylistChecker(ConversionOptions options, int playlistLimit, DeviceFileIndex *deviceFiles)
+    : m_options(std::move(options)), m_prefixBytes(m_options.customPathPrefix.toUtf8().size()),
+      m_playlistLimit(playlistLimit), m_deviceFiles(deviceFiles)
+{
+}
+
+bool PlaylistChecker::hasLongPath(const Track &track) const
+{
+    // No character takes more than three bytes of UTF-8 per UTF-16 unit, and the line adds at most a slash
+    // to the prefix and the path: most paths are shown short enough without reading them.
+    if (m_prefixBytes + 1 + 3 * track.ipodPath().size() <= playerPathLimitBytes)
+        return false;
+    return m3uPathLineUtf8Size(track, m_options.customPathPrefix) > playerPathLimitBytes;
+}
+
+PlaylistChecker::Findings PlaylistChecker::findingsFor(const Track &track)
+{
+    Findings findings{.longPath = hasLongPath(track)};
+    if (!m_deviceFiles)
+        return findings;
+    auto known = m_missing.find(&track.fields());
+    if (known == m_missing.end())
+        known = m_missing.insert(&track.fields(), !m_deviceFiles->contains(track.rockboxPath()));
+    findings.missing = *known;
+    return findings;
+}
+
+QList<PlaylistWarning> PlaylistChecker::warnings(const Playlist &playlist)
 {
     QList<PlaylistWarning> warnings;
     const auto warn = [&](PlaylistWarning::Kind kind, int count, int limit) {
@@ -29,19 +55,18 @@ QList<PlaylistWarning> playlistWarnings(const Playlist &playlist, const Conversi
             warnings.append(PlaylistWarning{playlist.name, kind, count, limit});
     };
     const int entries = int(playlist.tracks.size());
-    warn(PlaylistWarning::Kind::overLimit, entries > playlistLimit ? entries : 0, playlistLimit);
+    warn(PlaylistWarning::Kind::overLimit, entries > m_playlistLimit ? entries : 0, m_playlistLimit);
 
     int longPaths = 0;
     int missing = 0;
     for (const Track &track : playlist.tracks) {
-        if (m3uPathLine(track, options.customPathPrefix).toUtf8().size() > playerPathLimitBytes)
-            ++longPaths;
-        if (deviceFiles && !deviceFiles->contains(track.rockboxPath()))
-            ++missing;
+        const Findings findings = findingsFor(track);
+        longPaths += findings.longPath ? 1 : 0;
+        missing += findings.missing ? 1 : 0;
     }
     warn(PlaylistWarning::Kind::longPaths, longPaths, playerPathLimitBytes);
     const QString playerPath =
-        QStringLiteral("/Playlists/") + RockboxGenerator::playlistFilename(playlist, options);
+        QStringLiteral("/Playlists/") + RockboxGenerator::playlistFilename(playlist, m_options);
     warn(PlaylistWarning::Kind::longFileName, playerPath.toUtf8().size() > playerPathLimitBytes ? 1 : 0,
          playerPathLimitBytes);
     warn(PlaylistWarning::Kind::missingFiles, missing, 0);
@@ -60,7 +85,7 @@ QList<Playlist> splitToLimit(const Playlist &playlist, int limit)
         piece.tracks = playlist.tracks.mid(part * limit, limit);
         piece.trackIds.clear();
         for (const Track &track : std::as_const(piece.tracks))
-            piece.trackIds.append(track.id);
+            piece.trackIds.append(track.id());
         piece.existingRockboxFile.reset();
         split.append(std::move(piece));
     }

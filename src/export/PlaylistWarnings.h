@@ -32,10 +32,30 @@ struct PlaylistWarning {
 // "overLimit", "longPaths", "longFileName", "missingFiles".
 QString warningKindName(PlaylistWarning::Kind kind);
 
-// The warnings of one playlist written with these options onto a player keeping `playlistLimit` entries.
-// `deviceFiles`, when given, is asked whether each track's file exists.
-QList<PlaylistWarning> playlistWarnings(const Playlist &playlist, const ConversionOptions &options,
-                                        int playlistLimit, DeviceFileIndex *deviceFiles = nullptr);
+// Finds the warnings of playlists written with these options onto a player keeping `playlistLimit`
+// entries. `deviceFiles`, when given, is asked whether each track's file exists, once however many
+// playlists hold the track (a large library's playlists hold half a million entries of a hundred thousand
+// tracks); so the playlists checked must stay alive as long as the checker.
+class PlaylistChecker {
+public:
+    PlaylistChecker(ConversionOptions options, int playlistLimit, DeviceFileIndex *deviceFiles = nullptr);
+
+    [[nodiscard]] QList<PlaylistWarning> warnings(const Playlist &playlist);
+
+private:
+    struct Findings {
+        bool longPath = false;
+        bool missing = false;
+    };
+    Findings findingsFor(const Track &track);
+    [[nodiscard]] bool hasLongPath(const Track &track) const;
+
+    ConversionOptions m_options;
+    qsizetype m_prefixBytes = 0;
+    int m_playlistLimit = 0;
+    DeviceFileIndex *m_deviceFiles = nullptr;
+    QHash<const TrackFields *, bool> m_missing; // by the record that copies of a track share
+};
 
 // The playlist split so that no part holds more than `limit` entries: "Name (1 of 3)", "Name (2 of 3)"...;
 // a playlist within the limit comes back as it is.

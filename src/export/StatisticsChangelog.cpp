@@ -95,19 +95,19 @@ struct LineTags {
 LineTags lineFor(const Track &track, const QString &storedPath, qint64 lastPlayed)
 {
     LineTags line;
-    line.add("artist", track.artist);
-    line.add("album", track.album);
-    line.add("genre", track.genre);
-    line.add("title", track.title);
+    line.add("artist", track.artist());
+    line.add("album", track.album());
+    line.add("genre", track.genre());
+    line.add("title", track.title());
     line.tags.append({tag("filename", escaped(storedPath)), false});
-    line.add("composer", track.composer);
-    line.add("year", track.year);
-    line.add("tracknumber", track.trackNumber);
-    line.add("bitrate", track.bitrate);
-    line.add("length", track.totalTimeMs);
-    for (const auto &[name, value] : {std::pair{"playcount", qint64(track.playCount)},
-                                      std::pair{"rating", qint64(qMin(track.rating / 10, 10))},
-                                      std::pair{"playtime", qint64(track.playCount) * track.totalTimeMs},
+    line.add("composer", track.composer());
+    line.add("year", track.year());
+    line.add("tracknumber", track.trackNumber());
+    line.add("bitrate", track.bitrate());
+    line.add("length", track.totalTimeMs());
+    for (const auto &[name, value] : {std::pair{"playcount", qint64(track.playCount())},
+                                      std::pair{"rating", qint64(qMin(track.rating() / 10, 10))},
+                                      std::pair{"playtime", qint64(track.playCount()) * track.totalTimeMs()},
                                       std::pair{"lastplayed", lastPlayed}})
         line.tags.append({numberTag(name, value), false});
     return line;
@@ -117,7 +117,7 @@ LineTags lineFor(const Track &track, const QString &storedPath, qint64 lastPlaye
 
 bool hasStatistics(const Track &track)
 {
-    return track.playCount > 0 || track.rating > 0 || track.lastPlayed > 0;
+    return track.playCount() > 0 || track.rating() > 0 || track.lastPlayed() > 0;
 }
 
 StatisticsSummary summarizeStatistics(const QList<Track> &tracks)
@@ -125,13 +125,13 @@ StatisticsSummary summarizeStatistics(const QList<Track> &tracks)
     StatisticsSummary summary;
     for (const Track &track : tracks) {
         summary.tracksWithStatistics += hasStatistics(track) ? 1 : 0;
-        summary.totalPlays += track.playCount;
-        summary.ratedTracks += track.rating > 0 ? 1 : 0;
-        if (track.playCount > 0)
+        summary.totalPlays += track.playCount();
+        summary.ratedTracks += track.rating() > 0 ? 1 : 0;
+        if (track.playCount() > 0)
             summary.mostPlayed.append(track);
     }
     std::stable_sort(summary.mostPlayed.begin(), summary.mostPlayed.end(),
-                     [](const Track &a, const Track &b) { return a.playCount > b.playCount; });
+                     [](const Track &a, const Track &b) { return a.playCount() > b.playCount(); });
     summary.mostPlayed.resize(qMin(summary.mostPlayed.size(), mostPlayedShown));
     return summary;
 }
@@ -155,11 +155,11 @@ StatisticsChangelog buildStatisticsChangelog(const QList<Track> &tracks, DeviceF
     // Rockbox's "last played" is a counter, not a date: the track played longest ago gets 1.
     QList<qsizetype> byLastPlay;
     for (qsizetype i = 0; i < kept.size(); ++i) {
-        if (kept.at(i).first->lastPlayed > 0)
+        if (kept.at(i).first->lastPlayed() > 0)
             byLastPlay.append(i);
     }
     std::stable_sort(byLastPlay.begin(), byLastPlay.end(), [&kept](qsizetype a, qsizetype b) {
-        return kept.at(a).first->lastPlayed < kept.at(b).first->lastPlayed;
+        return kept.at(a).first->lastPlayed() < kept.at(b).first->lastPlayed();
     });
     QList<qint64> counter(kept.size(), 0);
     for (qsizetype rank = 0; rank < byLastPlay.size(); ++rank)

@@ -100,7 +100,7 @@ private Q_SLOTS:
         }
         QCOMPARE(result.playlists.size(), names.size());
         for (const Track &track : result.tracks)
-            QVERIFY2(!track.title.isEmpty() && track.rockboxPath().startsWith("/iPod_Control/Music/F"), qPrintable(track.rockboxPath()));
+            QVERIFY2(!track.title().isEmpty() && track.rockboxPath().startsWith("/iPod_Control/Music/F"), qPrintable(track.rockboxPath()));
     }
 
     void truncatedAndFlippedBytes()

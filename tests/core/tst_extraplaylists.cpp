@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(found.playlists.size(), 2);
         QCOMPARE(found.playlists[0].name, "On-The-Go 1");
         QCOMPARE(found.playlists[0].trackIds, (QList<quint32>{30, 20}));
-        QCOMPARE(found.playlists[0].tracks.value(1).title, "Twenty");
+        QCOMPARE(found.playlists[0].tracks.value(1).title(), "Twenty");
         QCOMPARE(found.playlists[1].name, "On-The-Go 2");
         QCOMPARE(found.playlists[1].trackIds, QList<quint32>{10});
         QCOMPARE(found.problems.size(), 1);
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(statistics.playsSinceSync, 3);
         const auto figures = [&statistics](int i) {
             const Track &track = statistics.tracks.at(i);
-            return QList<quint32>{track.id, track.playCount, track.lastPlayed, track.rating, track.skipCount};
+            return QList<quint32>{track.id(), track.playCount(), track.lastPlayed(), track.rating(), track.skipCount()};
         };
         QCOMPARE(figures(0), (QList<quint32>{7, 12, 1000, 100, 4}));
         QCOMPARE(figures(1), (QList<quint32>{5, 1, 2000, 0, 0}));

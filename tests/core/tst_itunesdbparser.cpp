@@ -43,7 +43,7 @@ QList<quint32> idsOf(const QList<Track> &tracks)
 {
     QList<quint32> ids;
     for (const Track &track : tracks)
-        ids.append(track.id);
+        ids.append(track.id());
     return ids;
 }
 
@@ -68,9 +68,9 @@ private Q_SLOTS:
         const ParseResult result =
             parseBytes(mhbd({mhsd(1, mhlt({mhit(song)}, 12), 16), mhsd(2, mhlp({mhyp(playlist)}, 12), 16)}, 32));
 
-        const Track expected{.id = 5001, .title = "Bohemian Rhapsody", .artist = "Queen",
+        const Track expected({.id = 5001, .title = "Bohemian Rhapsody", .artist = "Queen",
                              .ipodPath = ":iPod_Control:Music:F00:ABCD.mp3", .fileSize = 4500000, .totalTimeMs = 240000,
-                             .trackNumber = 3, .year = 1975, .bitrate = 320};
+                             .trackNumber = 3, .year = 1975, .bitrate = 320});
         QCOMPARE(result.tracks, (QHash<quint32, Track>{{5001, expected}}));
         QCOMPARE(result.playlists.size(), 1);
         Playlist parsed = result.playlists.first();
@@ -116,7 +116,7 @@ private Q_SLOTS:
         const Playlist playlist = result.playlists.value(0);
         QCOMPARE(playlist.trackIds, (QList<quint32>{7, 5001, 7, 5001}));
         QCOMPARE(idsOf(playlist.tracks), (QList<quint32>{5001, 5001}));
-        QCOMPARE(playlist.tracks.value(0).title, "Second");
+        QCOMPARE(playlist.tracks.value(0).title(), "Second");
         QCOMPARE(result.trackOrder, (QList<quint32>{5001, 2}));
         QCOMPARE(result.trackItemIds, (QList<quint32>{5001, 2, 5001}));
         QVERIFY(result.playlists.value(0).id != parseBytes(db).playlists.value(0).id); // fresh on every parse
@@ -218,9 +218,9 @@ private Q_SLOTS:
         QFETCH(StringObject, object);
         TrackItem track{.id = 9, .strings = {object, StringObject::utf16(4, "After")}};
         const Track parsed = parseBytes(mhbd({trackSection({track})})).tracks.value(9);
-        QTEST(parsed.title, "expected");
+        QTEST(parsed.title(), "expected");
         if (!object.totalLength)
-            QCOMPARE(parsed.artist, "After"); // the walk went on past the object
+            QCOMPARE(parsed.artist(), "After"); // the walk went on past the object
     }
 
     void damagedListsStopWhereTheyMust_data()

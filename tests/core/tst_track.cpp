@@ -27,7 +27,7 @@ private Q_SLOTS:
         QFETCH(QString, title);
         QFETCH(QString, ipodPath);
         QFETCH(quint32, id);
-        QTEST((Track{.id = id, .title = title, .ipodPath = ipodPath}.displayTitle()), "expected");
+        QTEST((Track({.id = id, .title = title, .ipodPath = ipodPath}).displayTitle()), "expected");
     }
 
     void formattedDuration_data()
@@ -43,8 +43,8 @@ private Q_SLOTS:
     void formattedDuration()
     {
         QFETCH(quint32, ms);
-        QTEST(Track{.totalTimeMs = ms}.formattedDuration(), "expected");
-        QTEST(Track{.totalTimeMs = ms}.durationSeconds(), "seconds");
+        QTEST(Track({.totalTimeMs = ms}).formattedDuration(), "expected");
+        QTEST(Track({.totalTimeMs = ms}).durationSeconds(), "seconds");
     }
 
     void playlistDuration_data()
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QFETCH(QList<quint32>, durationsMs);
         Playlist playlist;
         for (quint32 ms : durationsMs)
-            playlist.tracks.append(Track{.totalTimeMs = ms});
+            playlist.tracks.append(Track({.totalTimeMs = ms}));
         QTEST(playlist.totalDurationSeconds(), "seconds");
         QTEST(playlist.formattedTotalDuration(), "expected");
     }

@@ -13,7 +13,7 @@ namespace {
 Playlist playlistNamed(const QString &name)
 {
     return Playlist{.id = QStringLiteral("p"), .name = name,
-                    .tracks = {Track{.id = 1, .title = QStringLiteral("T"), .ipodPath = QStringLiteral(":a.mp3")}}};
+                    .tracks = {Track({.id = 1, .title = QStringLiteral("T"), .ipodPath = QStringLiteral(":a.mp3")})}};
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "export/RockboxGenerator.h"
+#include "export/M3UContent.h"
 
 #include <QTest>
 
@@ -8,7 +9,7 @@ namespace {
 
 Track song(const QString &title, const QString &artist, quint32 ms, const QString &path)
 {
-    return Track{.id = 1, .title = title, .artist = artist, .ipodPath = path, .totalTimeMs = ms};
+    return Track({.id = 1, .title = title, .artist = artist, .ipodPath = path, .totalTimeMs = ms});
 }
 
 const Track queen = song(QStringLiteral("Bohemian Rhapsody"), QStringLiteral("Queen"), 354000,
@@ -84,6 +85,9 @@ private Q_SLOTS:
         QTest::addRow("only one slash dropped") << "/Music//" << path << "/Music//iPod_Control/Music/F02/ABCD.mp3";
         QTest::addRow("empty path") << "" << "" << "/";
         QTest::addRow("trailing slashes stripped outside iPod_Control") << "/mnt" << ":Music:Dir:" << "/mnt/Music/Dir";
+        QTest::addRow("two-, three- and four-byte characters") << "" << ":Music:Café 音😀.mp3" << "/Music/Café 音😀.mp3";
+        const QString lone = QStringLiteral(":x") + QChar(0xD800) + QStringLiteral("y");
+        QTest::addRow("unpaired surrogate") << "" << lone << QString(lone).replace(u':', u'/');
     }
 
     void pathLine()
@@ -91,11 +95,12 @@ private Q_SLOTS:
         QFETCH(QString, prefix);
         QFETCH(QString, ipodPath);
         QFETCH(QString, expected);
-        const Track track{.ipodPath = ipodPath};
+        const Track track({.ipodPath = ipodPath});
         const ConversionOptions options{.extendedM3U = false, .customPathPrefix = prefix};
         QCOMPARE(RockboxGenerator().generateM3UContent(Playlist{.tracks = {track}}, options), expected + u'\n');
         if (prefix.isEmpty())
             QCOMPARE(expected, track.rockboxPath()); // the file carries exactly the device path
+        QCOMPARE(m3uPathLineUtf8Size(track, prefix), expected.toUtf8().size());
     }
 };
 

@@ -17,7 +17,7 @@ Playlist playlistOf(const QString &name, const QStringList &paths)
 {
     Playlist playlist{.name = name};
     for (const QString &path : paths)
-        playlist.tracks.append(Track{.id = quint32(playlist.tracks.size() + 1), .ipodPath = path});
+        playlist.tracks.append(Track({.id = quint32(playlist.tracks.size() + 1), .ipodPath = path}));
     return playlist;
 }
 
@@ -61,6 +61,8 @@ private Q_SLOTS:
                                          << QList<PlaylistWarning>{{"P", Kind::missingFiles, 1, 0}};
         QTest::addRow("260 bytes does not") << playlistOf("P", {":iPod_Control:Music:F00:" + longName}) << "/xy"
                                             << QList<PlaylistWarning>{{"P", Kind::longPaths, 1, 259}, {"P", Kind::missingFiles, 1, 0}};
+        QTest::addRow("a character of three bytes counts three") << playlistOf("P", {":Music:" + QString(85, u'音')}) << ""
+                                                              << QList<PlaylistWarning>{{"P", Kind::longPaths, 1, 259}, {"P", Kind::missingFiles, 1, 0}};
         QTest::addRow("the playlist's own path") << playlistOf(QString(250, u'N'), {}) << ""
                                                  << QList<PlaylistWarning>{{QString(250, u'N'), Kind::longFileName, 1, 259}};
     }
@@ -74,7 +76,7 @@ private Q_SLOTS:
         writeFile(dir.filePath("iPod_Control/Music/F00/b.MP3"), "x");
         DeviceFileIndex files(dir.path());
         const ConversionOptions options{.customPathPrefix = prefix, .sanitizeFilenames = false};
-        QTEST(playlistWarnings(playlist, options, 2, &files), "expected");
+        QTEST(PlaylistChecker(options, 2, &files).warnings(playlist), "expected");
     }
 
     void splitKeepsEachPartWithinTheLimit_data()

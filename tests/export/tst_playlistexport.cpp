@@ -23,7 +23,7 @@ Playlist playlistNamed(const QString &name, int tracks = 1)
 {
     Playlist playlist{.id = QStringLiteral("id"), .name = name};
     for (int i = 0; i < tracks; ++i)
-        playlist.tracks.append(Track{.id = quint32(i + 1), .title = QStringLiteral("T"), .ipodPath = QStringLiteral(":a.mp3")});
+        playlist.tracks.append(Track({.id = quint32(i + 1), .title = QStringLiteral("T"), .ipodPath = QStringLiteral(":a.mp3")}));
     return playlist;
 }
 
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         writeFile(dir.filePath("Blocked.m3u8/keep"), "a folder in the way");
         Playlist broken = playlistNamed("Broken");
-        broken.tracks.first().title = QString(QChar(0xD800));
+        broken.tracks.first().editFields().title = QString(QChar(0xD800));
         QList<qsizetype> progress;
         const QList<ExportItemResult> results = RockboxGenerator().exportPlaylists(
             {playlistNamed("A"), broken, playlistNamed("gone/Deep"), playlistNamed("Blocked"), playlistNamed("B")},

@@ -54,7 +54,7 @@ Checks parserChecks()
     } catch (const ParseError &error) {
         tooSmall = error.kind() == ParseError::Kind::fileTooSmall;
     }
-    return {{"track read", result.tracks.value(5001).title == QStringLiteral("Bohemian Rhapsody")},
+    return {{"track read", result.tracks.value(5001).title() == QStringLiteral("Bohemian Rhapsody")},
             {"master fallback name", result.playlists.value(0).name == QStringLiteral("iPod Library")},
             {"non-ASCII name", mix.name == QStringLiteral("Caffè ¥ Ø €") && mix.dbId == 12345},
             {"dangling id skipped", mix.trackIds.size() == 2 && mix.tracks.size() == 1},
@@ -65,11 +65,11 @@ Checks generatorChecks()
 {
     const RockboxGenerator generator{DotFileCleaner(QString())};
     const Playlist rock{.name = QStringLiteral("Classic Rock"),
-                        .tracks = {Track{.id = 1,
+                        .tracks = {Track({.id = 1,
                                          .title = QStringLiteral("Bohemian Rhapsody"),
                                          .artist = QStringLiteral("Queen"),
                                          .ipodPath = QStringLiteral(":iPod_Control:Music:F02:ABCD.mp3"),
-                                         .totalTimeMs = 354000}}};
+                                         .totalTimeMs = 354000})}};
     const QString expected =
         QStringLiteral("#EXTM3U\n#EXTINF:354,Queen - Bohemian Rhapsody\n/iPod_Control/Music/F02/ABCD.mp3\n");
     QTemporaryDir dir;
