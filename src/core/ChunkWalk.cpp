@@ -25,12 +25,6 @@ quint32 readEntryTrackId(BinaryReader &reader, qsizetype entryStart, quint32 hea
 
 } // namespace
 
-// Reads a four-byte tag and tells whether it is `expected`. An unreadable tag is a mismatch.
-bool readTag(BinaryReader &reader, QLatin1StringView expected)
-{
-    return reader.readFourCC(expected) == BinaryReader::TagMatch::matches;
-}
-
 // The head of a list chunk ("mhlt", "mhlp"): moves to its first item and gives the item count.
 std::optional<quint32> openList(BinaryReader &reader, QLatin1StringView tag, ParseBudget &budget)
 {
@@ -80,6 +74,7 @@ ItemStep nextItem(BinaryReader &reader, QLatin1StringView tag, qsizetype section
 QList<quint32> readEntries(BinaryReader &reader, quint32 count, ParseBudget &budget)
 {
     QList<quint32> trackIds;
+    trackIds.reserve(std::min<qsizetype>(count, reader.remainingBytes() / 24)); // each entry takes 24 bytes or more
     for (quint32 index = 0; index < count && budget.spendIteration(); ++index) {
         if (reader.remainingBytes() < 24)
             break;

@@ -13,7 +13,10 @@
 namespace kestrune::chunkwalk {
 
 // Reads a four-byte tag and tells whether it is `expected`. An unreadable tag is a mismatch.
-bool readTag(BinaryReader &reader, QLatin1StringView expected);
+inline bool readTag(BinaryReader &reader, QLatin1StringView expected)
+{
+    return reader.readFourCC(expected) == BinaryReader::TagMatch::matches;
+}
 
 // The head of a list chunk ("mhlt", "mhlp"): moves to its first item and gives the item count.
 std::optional<quint32> openList(BinaryReader &reader, QLatin1StringView tag, ParseBudget &budget);

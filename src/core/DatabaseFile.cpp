@@ -11,6 +11,11 @@
 #ifdef Q_OS_LINUX
 #include <sys/mman.h>
 #endif
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+#endif
 
 namespace kestrune {
 
@@ -25,18 +30,36 @@ QString kindOf(const QFileInfo &info)
 
 } // namespace
 
-DatabaseFile::DatabaseFile(const QString &path, ReadProgress progress) : m_file(path), m_progress(std::move(progress))
+DatabaseFile::DatabaseFile(const QString &path, ReadProgress progress)
+    : m_path(path), m_file(std::make_shared<QFile>(path)), m_bytesRead(std::make_shared<std::atomic<qint64>>(0)),
+      m_progress(std::move(progress))
 {
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         throw ParseError::readFailed(
             QStringLiteral("'%1' non è un file normale (%2)").arg(info.fileName(), kindOf(info)));
     }
-    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw FileSystemError{path, QStringLiteral("The file “%1” couldn’t be read: %2")
-                                        .arg(info.fileName(), m_file.errorString())};
+                                        .arg(info.fileName(), m_file->errorString())};
     }
-    const qsizetype size = qsizetype(m_file.size());
+    allocateBuffer(qsizetype(m_file->size()));
+}
+
+DatabaseFile::DatabaseFile(DatabaseFile &sibling) : m_path(sibling.m_path), m_bytesRead(sibling.m_bytesRead)
+{
+#ifdef Q_OS_UNIX
+    m_file = sibling.m_file; // read with pread, which leaves the shared file position alone
+#else
+    m_file = std::make_shared<QFile>(m_path);
+    if (!m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw ParseError::readFailed(m_file->errorString());
+#endif
+    allocateBuffer(sibling.m_bytes.size());
+}
+
+void DatabaseFile::allocateBuffer(qsizetype size)
+{
     m_loaded.assign(size_t((size >> chunkShift) + 1), false);
     m_bufferSize = qsizetype(m_loaded.size()) << chunkShift;
     // Untouched, the buffer's pages take no memory: only the parts loaded do.
@@ -61,27 +84,43 @@ DatabaseFile::~DatabaseFile()
 #endif
 }
 
+void DatabaseFile::readAt(qint64 offset, char *into, qint64 length)
+{
+    qint64 done = 0;
+#ifdef Q_OS_UNIX
+    while (done < length) {
+        const ssize_t count = ::pread(m_file->handle(), into + done, size_t(length - done), off_t(offset + done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throw ParseError::readFailed(QString::fromLocal8Bit(std::strerror(errno)));
+#else
+    if (!m_file->seek(offset))
+        throw ParseError::readFailed(m_file->errorString());
+    while (done < length) {
+        const qint64 count = m_file->read(into + done, length - done);
+        if (count < 0)
+            throw ParseError::readFailed(m_file->errorString());
+#endif
+        if (count == 0)
+            throw ParseError::readFailed(QStringLiteral("il file è cambiato durante la lettura"));
+        done += count;
+    }
+}
+
 void DatabaseFile::loadChunk(qsizetype chunk)
 {
     reusePagesFor(chunk);
     const qint64 start = qint64(chunk) << chunkShift;
     const qint64 length = std::min<qint64>(chunkSize, m_bytes.size() - start);
-    char *at = chunkAt(chunk);
-    qint64 done = 0;
-    if (!m_file.seek(start))
-        throw ParseError::readFailed(m_file.errorString());
-    while (done < length) {
-        const qint64 count = m_file.read(at + done, length - done);
-        if (count < 0)
-            throw ParseError::readFailed(m_file.errorString());
-        if (count == 0)
-            throw ParseError::readFailed(QStringLiteral("il file è cambiato durante la lettura"));
-        done += count;
-    }
+    readAt(start, chunkAt(chunk), length);
     m_loaded[size_t(chunk)] = true;
-    m_bytesRead += length;
-    const int percent = int(m_bytesRead * 100 / m_bytes.size()); // a chunk was read: the file is not empty
-    if (m_progress && percent > m_percentTold)
+    const qint64 bytesRead = *m_bytesRead += length;
+    if (!m_progress)
+        return;
+    // A chunk was read: the file is not empty. Siblings may read parts again, so the figure is capped.
+    const int percent = int(std::min<qint64>(bytesRead * 100 / m_bytes.size(), 100));
+    if (percent > m_percentTold)
         m_progress(m_percentTold = percent);
 }
 
@@ -97,15 +136,12 @@ void DatabaseFile::reusePagesFor(qsizetype chunk)
         return;
     const qsizetype spare = m_spareChunks.back();
     m_spareChunks.pop_back();
-    // Moving the pages replaces the chunk's untouched ones and leaves no mapping where they were, so fresh
-    // untouched pages go there. Should that fail, a later read into that place fails and says so.
-    if (::mremap(chunkAt(spare), size_t(chunkSize), size_t(chunkSize), MREMAP_MAYMOVE | MREMAP_FIXED,
-                 chunkAt(chunk)) == MAP_FAILED) {
+    // The pages replace the chunk's untouched ones, and the spare's place stays mapped, untouched: never a
+    // hole that another thread's allocation could take meanwhile. Kernels before 5.7 refuse; then the
+    // spare's pages simply go.
+    if (::mremap(chunkAt(spare), size_t(chunkSize), size_t(chunkSize),
+                 MREMAP_MAYMOVE | MREMAP_FIXED | MREMAP_DONTUNMAP, chunkAt(chunk)) == MAP_FAILED)
         ::madvise(chunkAt(spare), size_t(chunkSize), MADV_DONTNEED);
-        return;
-    }
-    ::mmap(chunkAt(spare), size_t(chunkSize), PROT_READ | PROT_WRITE,
-           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
 #else
     Q_UNUSED(chunk);
 #endif

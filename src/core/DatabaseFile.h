@@ -4,7 +4,9 @@
 #include <QFile>
 #include <QString>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace kestrune {
@@ -22,6 +24,9 @@ public:
     // Opens the file. Throws FileSystemError when it cannot be opened, ParseError::readFailed when it is no
     // regular file (a FIFO would block for ever).
     explicit DatabaseFile(const QString &path, ReadProgress progress = {});
+    // A second reader of the same open file with a buffer of its own, for another thread; what it reads
+    // counts towards the first one's progress, which only the first one tells.
+    explicit DatabaseFile(DatabaseFile &sibling);
     ~DatabaseFile();
     DatabaseFile(const DatabaseFile &) = delete;
     DatabaseFile &operator=(const DatabaseFile &) = delete;
@@ -52,23 +57,29 @@ public:
     // Says the whole file is read, for the progress shown.
     void finish();
 
-private:
+    // The file is loaded and given back in chunks of this size.
     static constexpr int chunkShift = 20;
     static constexpr qsizetype chunkSize = qsizetype(1) << chunkShift;
 
+private:
+
+    void allocateBuffer(qsizetype size);
     void loadChunk(qsizetype chunk);
+    // Reads exactly `length` bytes at `offset`, or throws.
+    void readAt(qint64 offset, char *into, qint64 length);
     [[nodiscard]] char *chunkAt(qsizetype chunk) const { return m_buffer + (chunk << chunkShift); }
     // Linux: gives the chunk the pages of a released one, so reading into it needs no fresh memory.
     void reusePagesFor(qsizetype chunk);
 
-    QFile m_file;
+    QString m_path;
+    std::shared_ptr<QFile> m_file; // shared with a sibling, which reads it at offsets of its own
     char *m_buffer = nullptr;
     qsizetype m_bufferSize = 0; // whole chunks, so that every chunk's pages can be moved whole
     QByteArray m_bytes;         // the file's size of m_buffer, not owning it
-    std::vector<bool> m_loaded;
+    std::vector<char> m_loaded; // per chunk; not vector<bool>, which the parser's every read would unpack
     std::vector<qsizetype> m_spareChunks; // released, their pages still there to be reused
     qsizetype m_passedChunks = 0;
-    qint64 m_bytesRead = 0;
+    std::shared_ptr<std::atomic<qint64>> m_bytesRead; // by this file and its siblings
     int m_percentTold = 0;
     ReadProgress m_progress;
 };

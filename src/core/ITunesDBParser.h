@@ -22,8 +22,7 @@ public:
     [[nodiscard]] ParseResult parse(const QByteArray &data, ParseWork *work = nullptr) const;
 
 private:
-    ParseResult parse(BinaryReader &reader, ParseWork *work) const;
-    QList<Track> parseTrackList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
+    ParseResult parse(BinaryReader &reader, BinaryReader &helperReader, ParseWork *work) const;
     QList<Playlist> parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
 };
 

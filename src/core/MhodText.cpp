@@ -100,11 +100,10 @@ bool isPlainUtf16Text(QByteArrayView bytes)
     };
     if (isMhodTrimmed(QChar(unitAt(0))) || isMhodTrimmed(QChar(unitAt(count - 1))))
         return false;
-    for (qsizetype i = 0; i < count; ++i) {
-        if ((unitAt(i) & 0xF800) == 0xD800)
-            return false;
-    }
-    return true;
+    bool surrogate = false; // no early exit, so that the loop compares many units at once
+    for (qsizetype i = 0; i < count; ++i)
+        surrogate |= (unitAt(i) & 0xF800) == 0xD800;
+    return !surrogate;
 }
 
 } // namespace kestrune

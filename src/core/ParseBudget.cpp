@@ -10,30 +10,27 @@ ParseWork ParseBudget::limitsFor(qsizetype inputSize)
     return ParseWork{.iterations = 4 * n + 1024, .chunks = n / 8 + 64, .decodedBytes = 2 * n + 4096};
 }
 
-bool ParseBudget::spend(qint64 &counter, qint64 limit, qint64 amount)
+ParseBudget ParseBudget::split()
 {
-    if (m_exhausted || amount > limit - counter) {
-        m_exhausted = true;
-        m_spent.capped = true;
-        return false;
-    }
-    counter += amount;
-    return true;
+    ParseBudget half;
+    half.m_limits = {.iterations = (m_limits.iterations - m_spent.iterations) / 2,
+                     .chunks = (m_limits.chunks - m_spent.chunks) / 2,
+                     .decodedBytes = (m_limits.decodedBytes - m_spent.decodedBytes) / 2};
+    m_limits.iterations -= half.m_limits.iterations;
+    m_limits.chunks -= half.m_limits.chunks;
+    m_limits.decodedBytes -= half.m_limits.decodedBytes;
+    return half;
 }
 
-bool ParseBudget::spendIteration()
+void ParseBudget::absorb(const ParseBudget &split)
 {
-    return spend(m_spent.iterations, m_limits.iterations, 1);
-}
-
-bool ParseBudget::spendChunk()
-{
-    return spend(m_spent.chunks, m_limits.chunks, 1);
-}
-
-bool ParseBudget::spendDecodedBytes(qsizetype count)
-{
-    return spend(m_spent.decodedBytes, m_limits.decodedBytes, count);
+    m_limits.iterations += split.m_limits.iterations;
+    m_limits.chunks += split.m_limits.chunks;
+    m_limits.decodedBytes += split.m_limits.decodedBytes;
+    m_spent.iterations += split.m_spent.iterations;
+    m_spent.chunks += split.m_spent.chunks;
+    m_spent.decodedBytes += split.m_spent.decodedBytes;
+    m_spent.capped = m_spent.capped || split.m_spent.capped;
 }
 
 } // namespace kestrune

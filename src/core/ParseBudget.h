@@ -24,15 +24,32 @@ public:
 
     static ParseWork limitsFor(qsizetype inputSize);
 
-    // Each returns false once the budget is spent; from then on every walk stops.
-    bool spendIteration();
-    bool spendChunk();
-    bool spendDecodedBytes(qsizetype count);
+    // Each returns false once the budget is spent; from then on every walk stops. Inline, as the parser
+    // spends for every chunk it reads.
+    bool spendIteration() { return spend(m_spent.iterations, m_limits.iterations, 1); }
+    bool spendChunk() { return spend(m_spent.chunks, m_limits.chunks, 1); }
+    bool spendDecodedBytes(qsizetype count) { return spend(m_spent.decodedBytes, m_limits.decodedBytes, count); }
 
     [[nodiscard]] const ParseWork &spent() const { return m_spent; }
 
+    // Hands half of what is left to a budget of its own, for work done on another thread; together the two
+    // never spend more than this one could have.
+    [[nodiscard]] ParseBudget split();
+    // Takes back a split budget: its limits and what it spent.
+    void absorb(const ParseBudget &split);
+
 private:
-    bool spend(qint64 &counter, qint64 limit, qint64 amount);
+    ParseBudget() = default;
+    bool spend(qint64 &counter, qint64 limit, qint64 amount)
+    {
+        if (m_exhausted || amount > limit - counter) {
+            m_exhausted = true;
+            m_spent.capped = true;
+            return false;
+        }
+        counter += amount;
+        return true;
+    }
 
     ParseWork m_limits;
     ParseWork m_spent;

@@ -1,5 +1,7 @@
 #include "Playlist.h"
 
+#include "Prefetch.h"
+
 namespace kestrune {
 
 namespace {
@@ -19,8 +21,8 @@ int Playlist::trackCount() const
 qint64 Playlist::totalDurationSeconds() const
 {
     qint64 total = 0;
-    for (const Track &track : tracks)
-        total += track.totalTimeMs() / 1000;
+    forEachTrackAhead(tracks, prefetchTrackPathAndDuration,
+                      [&total](const Track &track) { total += track.totalTimeMs() / 1000; });
     return total;
 }
 

@@ -2,6 +2,7 @@
 
 #include "M3UContent.h"
 #include "RockboxGenerator.h"
+#include "core/Prefetch.h"
 
 namespace kestrune {
 
@@ -59,11 +60,11 @@ QList<PlaylistWarning> PlaylistChecker::warnings(const Playlist &playlist)
 
     int longPaths = 0;
     int missing = 0;
-    for (const Track &track : playlist.tracks) {
+    forEachTrackAhead(playlist.tracks, prefetchTrackPathAndDuration, [&](const Track &track) {
         const Findings findings = findingsFor(track);
         longPaths += findings.longPath ? 1 : 0;
         missing += findings.missing ? 1 : 0;
-    }
+    });
     warn(PlaylistWarning::Kind::longPaths, longPaths, playerPathLimitBytes);
     const QString playerPath =
         QStringLiteral("/Playlists/") + RockboxGenerator::playlistFilename(playlist, m_options);

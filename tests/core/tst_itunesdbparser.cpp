@@ -31,6 +31,13 @@ QByteArray trackSection(const QList<TrackItem> &tracks)
     return mhsd(1, mhlt(items));
 }
 
+QByteArray littleEndian32(quint32 value)
+{
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
 QByteArray playlistSection(const QList<PlaylistItem> &playlists)
 {
     QList<QByteArray> items;
@@ -303,6 +310,49 @@ private Q_SLOTS:
         QTEST(result.playlists.isEmpty() ? QList<quint32>{} : result.playlists.first().trackIds, "entries");
         QVERIFY2(work.iterations < 100, "the walk must not re-read the same chunk");
         QCOMPARE(result.looksTruncated, QByteArray(QTest::currentDataTag()).startsWith("cut"));
+    }
+
+    void largeLibraryReadsAsOneWalkFromTheStart_data()
+    {
+        QTest::addColumn<bool>("fakeItemsInTitles");
+        QTest::addColumn<int>("listedCount");
+        QTest::addRow("well formed") << false << 8000;
+        QTest::addRow("titles full of what looks like track items") << true << 8000;
+        QTest::addRow("the list counts fewer items than it holds") << false << 7993;
+    }
+
+    void largeLibraryReadsAsOneWalkFromTheStart()
+    {
+        // Large enough for the track list to be shared between two threads and the file read by megabytes:
+        // whatever one thread guesses about where items start, the result is that of one walk.
+        QFETCH(bool, fakeItemsInTitles);
+        QFETCH(int, listedCount);
+        QByteArray fakeItems; // items whose lengths lead from one to the next, again and again
+        for (int i = 0; i < 24; ++i)
+            fakeItems += "mhit" + littleEndian32(20) + littleEndian32(24) + QByteArray(12, '\x07');
+        QList<QByteArray> items;
+        QList<quint32> ids;
+        for (quint32 id = 1; id <= 8000; ++id) {
+            TrackItem track = TrackItem::song(id, {}, {}, QString(":iPod_Control:Music:F00:%1.mp3").arg(id));
+            track.strings.prepend(fakeItemsInTitles ? StringObject{.type = 1, .text = fakeItems}
+                                                    : StringObject::utf16(1, QString("Song %1").arg(id).leftJustified(300, u'.')));
+            items.append(mhit(track));
+            ids.append(id);
+        }
+        const PlaylistItem thrice = PlaylistItem::of("All thrice", ids + ids + ids);
+        const QByteArray db = mhbd({mhsd(1, mhlt(items, 0x5C, quint32(listedCount))), playlistSection({thrice})});
+        QVERIFY(db.size() > 5'000'000);
+        QTemporaryDir dir;
+        writeFile(dir.filePath("iTunesDB"), db);
+
+        const QList<quint32> expectedIds = ids.first(listedCount);
+        for (const ParseResult &result : {parseBytes(db), ITunesDBParser().parse(QUrl::fromLocalFile(dir.filePath("iTunesDB")))}) {
+            QCOMPARE(result.trackItemIds, expectedIds);
+            QCOMPARE(result.tracks.value(4000).ipodPath(), ":iPod_Control:Music:F00:4000.mp3");
+            if (!fakeItemsInTitles)
+                QCOMPARE(result.tracks.value(listedCount).title(), QString("Song %1").arg(listedCount).leftJustified(300, u'.'));
+            QCOMPARE(idsOf(result.playlists.value(0).tracks), expectedIds + expectedIds + expectedIds);
+        }
     }
 
     void readingTheFile()
