@@ -16,6 +16,14 @@ struct AppViewModel::LoadOutcome {
     QList<RockboxFileItem> fileItems;
 };
 
+// What the model let go of in a clear: held until it can be freed on the thread pool.
+struct AppViewModel::ShownLibrary {
+    TrackTable tracks;
+    QList<Playlist> playlists;
+    std::optional<Playlist> activeDetailPlaylist;
+    PlaylistSearchIndex searchIndex;
+};
+
 AppViewModel::AppViewModel(Services services, QObject *parent)
     : QObject(parent), m_detector(std::make_unique<IPodDetector>(std::move(services.detector))),
       m_languageManager(services.languageManager ? services.languageManager : &LocalizationManager::shared()),
@@ -218,7 +226,9 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
     setIsLoading(true);
     setLoadingPercent(0);
     setErrorMessage(std::nullopt);
-    clear();
+    // The old library is freed once the new one is shown: freeing it meanwhile would take a core from
+    // the parse.
+    ShownLibrary previous = takeLibrary();
     ConversionOptions options = m_options;
     options.destinationFolder = device.playlistsURL; // the device's own folder replaces an earlier choice
     setOptions(options);
@@ -249,7 +259,10 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
             attachExistingFiles(outcome.library.playlists, outcome.existingFiles);
             return outcome;
         },
-        [this](LoadOutcome outcome) { applyLoad(std::move(outcome)); });
+        [this, previous = std::move(previous)](LoadOutcome outcome) mutable {
+            applyLoad(std::move(outcome));
+            releaseInBackground(std::move(previous));
+        });
 }
 
 void AppViewModel::applyLoad(LoadOutcome outcome)
@@ -303,12 +316,13 @@ void AppViewModel::buildSearchIndex()
 
 void AppViewModel::clear()
 {
-    // Held here until the model has let go, then handed to the thread pool, which frees a large library
-    // away from the GUI thread.
-    TrackTable oldTracks = m_tracks;
-    QList<Playlist> oldPlaylists = m_playlists;
-    std::optional<Playlist> oldActive = m_activeDetailPlaylist;
-    PlaylistSearchIndex oldIndex = std::exchange(m_searchIndex, {});
+    releaseInBackground(takeLibrary());
+}
+
+AppViewModel::ShownLibrary AppViewModel::takeLibrary()
+{
+    // Held here until the model has let go, so that the last references go with the value returned.
+    ShownLibrary shown{m_tracks, m_playlists, m_activeDetailPlaylist, std::exchange(m_searchIndex, {})};
 
     setTracks({});
     setPlaylists({});
@@ -323,8 +337,7 @@ void AppViewModel::clear()
     m_warnings.clear();
     m_player = {};
     Q_EMIT playerChanged();
-    releaseInBackground(std::move(oldTracks), std::move(oldPlaylists), std::move(oldActive),
-                        std::move(oldIndex));
+    return shown;
 }
 
 std::optional<QUrl> AppViewModel::playlistsBaseFolderURL() const

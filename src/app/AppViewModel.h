@@ -283,9 +283,12 @@ Q_SIGNALS:
 
 private:
     struct LoadOutcome;
+    struct ShownLibrary;
     struct FolderListing;
     struct StatisticsDraft;
 
+    // Empties the model and hands over the library it showed, to be freed away from the GUI thread.
+    ShownLibrary takeLibrary();
     template <typename T> void publish(T &field, T value, void (AppViewModel::*changed)());
     // Like publish(), for the fields the filtered playlists depend on.
     template <typename T> void setFilterField(T &field, T value, void (AppViewModel::*changed)());
