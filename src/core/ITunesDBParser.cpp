@@ -10,6 +10,7 @@
 
 #include <exception>
 #include <functional>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -102,8 +103,13 @@ class HelperThread {
 public:
     HelperThread(bool ownThread, std::function<void()> work) : m_work(std::move(work))
     {
-        if (ownThread)
+        if (!ownThread)
+            return;
+        try {
             m_thread = std::thread([this] { run(); });
+        } catch (const std::system_error &) {
+            // No thread to be had: the work runs here when waited for, as for a small file.
+        }
     }
     ~HelperThread()
     {
