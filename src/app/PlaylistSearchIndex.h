@@ -10,9 +10,9 @@
 namespace kestrune {
 
 // The playlists pane's search, prepared once per loaded library: each distinct track's title and artist
-// case-folded once, each playlist's distinct tracks as indexes, and its duration text. A keystroke then
-// looks at every distinct track once instead of at every copy in every playlist. The answers are those
-// of PlaylistFilter: a name, title or artist containing the text, case-blind.
+// case-folded once, all in one text, each playlist's distinct tracks as indexes, and its duration text. A
+// keystroke then scans that one text once instead of looking at every copy of a track in every playlist.
+// The answers are those of PlaylistFilter: a name, title or artist containing the text, case-blind.
 class PlaylistSearchIndex {
 public:
     PlaylistSearchIndex() = default;
@@ -31,9 +31,13 @@ private:
     QStringList m_playlistIds;
     QStringList m_foldedNames;
     QStringList m_durations;
-    std::vector<QString> m_foldedTitles;
-    std::vector<QString> m_foldedArtists;
+    // Each distinct track's folded title and artist, each followed by a separator no search text holds.
+    QString m_foldedTrackTexts;
+    std::vector<qsizetype> m_trackTextStarts; // where each distinct track's title starts
+    std::vector<qsizetype> m_artistStarts;    // and its artist
     std::vector<std::vector<int>> m_tracksOfPlaylist;
+
+    [[nodiscard]] std::vector<bool> matchingTracks(const QString &needle) const;
 };
 
 } // namespace kestrune

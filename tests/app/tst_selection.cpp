@@ -112,6 +112,7 @@ private Q_SLOTS:
         QTest::addRow("search is not trimmed") << " d" << true << false << QStringList{};
         QTest::addRow("composed finds decomposed") << "F\u00e9te" << true << false << QStringList{"B"};
         QTest::addRow("decomposed finds composed") << "Sole\u0301" << true << false << QStringList{"C"};
+        QTest::addRow("no match runs from one text into the next") << "t" + QString(QChar(0xFFFF)) << true << false << QStringList{};
     }
 
     void filters()
