@@ -31,7 +31,7 @@ inline void prefetchTrackPathAndDuration(const Track &track)
 template <typename Visit, typename Prefetch>
 void forEachTrackAhead(const QList<Track> &tracks, Prefetch &&prefetch, Visit &&visit)
 {
-    constexpr qsizetype lookahead = 8;
+    constexpr qsizetype lookahead = 32; // the visits are short: the wait for memory is long
     for (qsizetype i = 0; i < tracks.size(); ++i) {
         if (i + lookahead < tracks.size())
             prefetch(tracks.at(i + lookahead));
