@@ -28,11 +28,11 @@ Playlist playlist(FuzzedDataProvider &input)
     Playlist result{.id = QStringLiteral("p"), .name = text(input, 40)};
     const int tracks = input.ConsumeIntegralInRange(0, 6);
     for (int i = 0; i < tracks; ++i) {
-        result.tracks.append(Track{.id = input.ConsumeIntegral<quint32>(),
-                                   .title = text(input, 30),
-                                   .artist = text(input, 20),
-                                   .ipodPath = text(input, 40),
-                                   .totalTimeMs = input.ConsumeIntegral<quint32>()});
+        result.tracks.append(Track({.id = input.ConsumeIntegral<quint32>(),
+                                    .title = text(input, 30),
+                                    .artist = text(input, 20),
+                                    .ipodPath = text(input, 40),
+                                    .totalTimeMs = input.ConsumeIntegral<quint32>()}));
     }
     return result;
 }
