@@ -1,18 +1,15 @@
 #include "ITunesDBParser.h"
 
 #include "ChunkWalk.h"
+#include "HelperThread.h"
 #include "MhodPayload.h"
 #include "ParseError.h"
-#include "Prefetch.h"
 #include "TrackItems.h"
+#include "TrackResolution.h"
 
 #include <QUuid>
 
 #include <exception>
-#include <functional>
-#include <system_error>
-#include <thread>
-#include <vector>
 
 namespace kestrune {
 
@@ -26,67 +23,6 @@ bool isSmartMarker(quint32 type)
     return type == 50 || type == 51 || type == 100 || type == 101;
 }
 
-// Finds tracks by id: through a plain array when the ids are dense, as iTunes numbers them from a small base,
-// else through the table itself.
-class TrackLookup {
-public:
-    explicit TrackLookup(const QHash<quint32, Track> &tracks) : m_tracks(tracks)
-    {
-        if (tracks.isEmpty())
-            return;
-        auto [lowest, highest] = std::pair{std::numeric_limits<quint32>::max(), quint32(0)};
-        for (auto at = tracks.keyBegin(); at != tracks.keyEnd(); ++at) {
-            lowest = std::min(lowest, *at);
-            highest = std::max(highest, *at);
-        }
-        if (qint64(highest) - lowest > 4 * qint64(tracks.size()) + 4096)
-            return;
-        m_lowest = lowest;
-        m_byId.assign(size_t(highest - lowest) + 1, nullptr);
-        for (auto at = tracks.cbegin(); at != tracks.cend(); ++at)
-            m_byId[at.key() - lowest] = &at.value();
-    }
-
-    [[nodiscard]] const Track *find(quint32 id) const
-    {
-        if (!m_byId.empty()) {
-            const quint64 index = quint64(id) - m_lowest;
-            return id >= m_lowest && index < m_byId.size() ? m_byId[index] : nullptr;
-        }
-        const auto at = m_tracks.constFind(id);
-        return at == m_tracks.constEnd() ? nullptr : &*at;
-    }
-
-private:
-    const QHash<quint32, Track> &m_tracks;
-    quint32 m_lowest = 0;
-    std::vector<const Track *> m_byId;
-};
-
-// Resolves the entries of playlists [first, last).
-void resolveTracks(Playlist *playlists, qsizetype first, qsizetype last, const TrackLookup &tracks)
-{
-    // Random tracks of a large table are cache misses. Looking them all up first lets those lookups
-    // overlap, and fetching a few tracks ahead hides most of the wait while copying.
-    constexpr qsizetype lookahead = 8;
-    std::vector<const Track *> found;
-    for (qsizetype index = first; index < last; ++index) {
-        Playlist &playlist = playlists[index];
-        found.clear();
-        found.reserve(size_t(playlist.trackIds.size()));
-        for (quint32 trackId : std::as_const(playlist.trackIds)) {
-            if (const Track *track = tracks.find(trackId))
-                found.push_back(track);
-        }
-        playlist.tracks.reserve(qsizetype(found.size()));
-        for (size_t i = 0; i < found.size(); ++i) {
-            if (i + lookahead < found.size())
-                prefetchTrack(*found[i + lookahead]);
-            playlist.tracks.append(*found[i]);
-        }
-    }
-}
-
 // Below this, a track list is walked by one thread: a second one would not pay for itself.
 constexpr qsizetype splitFromBytes = 1 << 20;
 
@@ -97,53 +33,68 @@ struct Section {
     qsizetype end = 0;
 };
 
-// Runs `work` on a thread of its own, or right here when asked not to; `wait` returns when it is done and
-// passes on what it threw. A thread of its own rather than one of a pool, whose threads may all be waiting.
-class HelperThread {
-public:
-    HelperThread(bool ownThread, std::function<void()> work) : m_work(std::move(work))
-    {
-        if (!ownThread)
-            return;
-        try {
-            m_thread = std::thread([this] { run(); });
-        } catch (const std::system_error &) {
-            // No thread to be had: the work runs here when waited for, as for a small file.
-        }
-    }
-    ~HelperThread()
-    {
-        if (m_thread.joinable())
-            m_thread.join();
-    }
-    HelperThread(const HelperThread &) = delete;
-    HelperThread &operator=(const HelperThread &) = delete;
-
-    void wait()
-    {
-        if (m_thread.joinable())
-            m_thread.join();
-        else if (m_work)
-            run();
-        m_work = nullptr;
-        if (m_error)
-            std::rethrow_exception(std::exchange(m_error, nullptr));
-    }
-
-private:
-    void run()
-    {
-        try {
-            m_work();
-        } catch (...) {
-            m_error = std::current_exception();
-        }
-    }
-
-    std::function<void()> m_work;
-    std::exception_ptr m_error;
-    std::thread m_thread;
+struct Sections {
+    QList<Section> tracks;
+    QList<Section> playlists;
 };
+
+// The track and playlist sections from the cursor on, found by their headers alone.
+Sections findSections(BinaryReader &reader, quint32 sectionCount, ParseBudget &budget, bool &looksTruncated)
+{
+    Sections found;
+    quint32 sectionsRead = 0;
+    while (reader.remainingBytes() >= 12 && sectionsRead < sectionCount && budget.spendIteration()) {
+        const qsizetype chunkStart = reader.offset();
+        const BinaryReader::TagMatch tag = reader.readFourCC(QLatin1StringView("mhsd"));
+        if (tag == BinaryReader::TagMatch::unreadable)
+            break;
+        if (tag == BinaryReader::TagMatch::differs) {
+            reader.seek(chunkStart + 4);
+            continue;
+        }
+        const std::optional<quint32> sectionHeaderLen = reader.readUInt32LE();
+        const std::optional<quint32> sectionTotalLen = reader.readUInt32LE();
+        const std::optional<quint32> sectionType = reader.readUInt32LE();
+        if (!sectionHeaderLen || !sectionTotalLen || !sectionType || !budget.spendChunk())
+            break;
+        const Section section{*sectionType, chunkStart + *sectionHeaderLen, chunkStart + *sectionTotalLen};
+        looksTruncated = looksTruncated || section.end > reader.size();
+        if (section.type == 1)
+            found.tracks.append(section);
+        else if (section.type == 2)
+            found.playlists.append(section);
+        reader.seek(section.end);
+        ++sectionsRead;
+        if (*sectionTotalLen == 0)
+            break; // the cursor cannot move past this section
+    }
+    return found;
+}
+
+// Where the helper starts in the largest track list, when it is large: an item boundary near the point
+// that balances the helper's share with the playlists' reading, which costs about a fifth of a track
+// list's per byte. Sets `splitIndex` to that list; noStop when there is none.
+qsizetype chooseJunction(BinaryReader &reader, const Sections &sections, qsizetype &splitIndex)
+{
+    const auto bytesIn = [&reader](const Section &section) {
+        return std::max<qsizetype>(0, std::min(section.end, reader.size()) - section.bodyStart);
+    };
+    splitIndex = -1;
+    for (qsizetype i = 0; i < sections.tracks.size(); ++i) {
+        if (bytesIn(sections.tracks.at(i)) >= splitFromBytes &&
+            (splitIndex < 0 || bytesIn(sections.tracks.at(i)) > bytesIn(sections.tracks.at(splitIndex))))
+            splitIndex = i;
+    }
+    if (splitIndex < 0)
+        return noStop;
+    qsizetype playlistBytes = 0;
+    for (const Section &playlists : sections.playlists)
+        playlistBytes += bytesIn(playlists);
+    const Section &section = sections.tracks.at(splitIndex);
+    const qsizetype trackBytes = bytesIn(section);
+    const qsizetype share = std::max<qsizetype>(trackBytes / 8, (trackBytes - playlistBytes / 5) / 2);
+    return findItemBoundary(reader, section.bodyStart + trackBytes - share, section.end);
+}
 
 } // namespace
 
@@ -189,56 +140,11 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
     result.looksTruncated = qint64(declaredLength) > dataSize;
     reader.seek(headerLen);
 
-    QList<Section> trackSections;
-    QList<Section> playlistSections;
-    quint32 sectionsRead = 0;
-    while (reader.remainingBytes() >= 12 && sectionsRead < sectionCount && budget.spendIteration()) {
-        const qsizetype chunkStart = reader.offset();
-        const BinaryReader::TagMatch tag = reader.readFourCC(QLatin1StringView("mhsd"));
-        if (tag == BinaryReader::TagMatch::unreadable)
-            break;
-        if (tag == BinaryReader::TagMatch::differs) {
-            reader.seek(chunkStart + 4);
-            continue;
-        }
-        const std::optional<quint32> sectionHeaderLen = reader.readUInt32LE();
-        const std::optional<quint32> sectionTotalLen = reader.readUInt32LE();
-        const std::optional<quint32> sectionType = reader.readUInt32LE();
-        if (!sectionHeaderLen || !sectionTotalLen || !sectionType || !budget.spendChunk())
-            break;
-        const Section section{*sectionType, chunkStart + *sectionHeaderLen, chunkStart + *sectionTotalLen};
-        result.looksTruncated = result.looksTruncated || section.end > dataSize;
-        if (section.type == 1)
-            trackSections.append(section);
-        else if (section.type == 2)
-            playlistSections.append(section);
-        reader.seek(section.end);
-        ++sectionsRead;
-        if (*sectionTotalLen == 0)
-            break; // the cursor cannot move past this section
-    }
-
-    // The list to share: the largest, when it is large. The helper's share is what balances the playlists'
-    // reading, which costs about a fifth of a track list's per byte.
-    const auto bytesIn = [dataSize](const Section &section) {
-        return std::max<qsizetype>(0, std::min(section.end, dataSize) - section.bodyStart);
-    };
+    const Sections sections = findSections(reader, sectionCount, budget, result.looksTruncated);
+    const QList<Section> &trackSections = sections.tracks;
+    const QList<Section> &playlistSections = sections.playlists;
     qsizetype splitIndex = -1;
-    qsizetype junction = noStop;
-    for (qsizetype i = 0; i < trackSections.size(); ++i) {
-        if (bytesIn(trackSections.at(i)) >= splitFromBytes &&
-            (splitIndex < 0 || bytesIn(trackSections.at(i)) > bytesIn(trackSections.at(splitIndex))))
-            splitIndex = i;
-    }
-    if (splitIndex >= 0) {
-        qsizetype playlistBytes = 0;
-        for (const Section &playlists : std::as_const(playlistSections))
-            playlistBytes += bytesIn(playlists);
-        const Section &section = trackSections.at(splitIndex);
-        const qsizetype trackBytes = bytesIn(section);
-        const qsizetype share = std::max<qsizetype>(trackBytes / 8, (trackBytes - playlistBytes / 5) / 2);
-        junction = findItemBoundary(helperReader, section.bodyStart + trackBytes - share, section.end);
-    }
+    const qsizetype junction = chooseJunction(helperReader, sections, splitIndex);
 
     // Without a second thread the helper's part runs here after the tracks, from the one budget.
     std::optional<ParseBudget> ownBudget;
@@ -291,7 +197,8 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
                 const quint32 stepsLeft = *count - walk.steps;
                 // Room for the whole list, as its part read so far suggests, so that the table grows once.
                 const qint64 walked = std::max<qint64>(1, junction - section.bodyStart);
-                result.tracks.reserve(result.tracks.size() + walk.tracks.size() * bytesIn(section) / walked);
+                const qsizetype listBytes = std::min(section.end, dataSize) - section.bodyStart;
+                result.tracks.reserve(result.tracks.size() + walk.tracks.size() * listBytes / walked);
                 keep(walk.tracks); // while the helper may still be reading
                 helper.wait();     // its playlists are read too by now
                 if (helperTrackError || (helperBudget.spent().capped && helperTracks.steps < stepsLeft)) {
@@ -313,20 +220,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
         budget.absorb(*ownBudget);
     for (QList<Playlist> &playlists : playlistLists)
         result.playlists.append(std::move(playlists));
-
-    // Resolving is split too, in two halves of about as many entries each.
-    Playlist *playlists = result.playlists.data();
-    const qsizetype playlistCount = result.playlists.size();
-    qint64 entries = 0;
-    for (qsizetype i = 0; i < playlistCount; ++i)
-        entries += playlists[i].trackIds.size();
-    qsizetype half = 0;
-    for (qint64 counted = 0; half < playlistCount && counted * 2 < entries; ++half)
-        counted += playlists[half].trackIds.size();
-    const TrackLookup lookup(result.tracks);
-    HelperThread resolver(entries >= 10000, [&] { resolveTracks(playlists, half, playlistCount, lookup); });
-    resolveTracks(playlists, 0, half, lookup);
-    resolver.wait();
+    resolvePlaylistTracks(result.playlists, result.tracks);
 
     if (work)
         *work = budget.spent();
