@@ -38,6 +38,23 @@ QByteArray littleEndian32(quint32 value)
     return bytes;
 }
 
+// 8,000 track items of about 700 bytes, ids from 1, each with its path and a title of 300 characters or,
+// when asked, a title full of chains of what look like track items.
+QList<QByteArray> largeTrackList(bool fakeItemsInTitles)
+{
+    QByteArray fakeItems; // items whose lengths lead from one to the next, again and again
+    for (int i = 0; i < 24; ++i)
+        fakeItems += "mhit" + littleEndian32(20) + littleEndian32(24) + QByteArray(12, '\x07');
+    QList<QByteArray> items;
+    for (quint32 id = 1; id <= 8000; ++id) {
+        TrackItem track = TrackItem::song(id, {}, {}, QString(":iPod_Control:Music:F00:%1.mp3").arg(id));
+        track.strings.prepend(fakeItemsInTitles ? StringObject{.type = 1, .text = fakeItems}
+                                                : StringObject::utf16(1, QString("Song %1").arg(id).leftJustified(300, u'.')));
+        items.append(mhit(track));
+    }
+    return items;
+}
+
 QByteArray playlistSection(const QList<PlaylistItem> &playlists)
 {
     QList<QByteArray> items;
@@ -327,18 +344,10 @@ private Q_SLOTS:
         // whatever one thread guesses about where items start, the result is that of one walk.
         QFETCH(bool, fakeItemsInTitles);
         QFETCH(int, listedCount);
-        QByteArray fakeItems; // items whose lengths lead from one to the next, again and again
-        for (int i = 0; i < 24; ++i)
-            fakeItems += "mhit" + littleEndian32(20) + littleEndian32(24) + QByteArray(12, '\x07');
-        QList<QByteArray> items;
+        const QList<QByteArray> items = largeTrackList(fakeItemsInTitles);
         QList<quint32> ids;
-        for (quint32 id = 1; id <= 8000; ++id) {
-            TrackItem track = TrackItem::song(id, {}, {}, QString(":iPod_Control:Music:F00:%1.mp3").arg(id));
-            track.strings.prepend(fakeItemsInTitles ? StringObject{.type = 1, .text = fakeItems}
-                                                    : StringObject::utf16(1, QString("Song %1").arg(id).leftJustified(300, u'.')));
-            items.append(mhit(track));
+        for (quint32 id = 1; id <= quint32(items.size()); ++id)
             ids.append(id);
-        }
         const PlaylistItem thrice = PlaylistItem::of("All thrice", ids + ids + ids);
         const QByteArray db = mhbd({mhsd(1, mhlt(items, 0x5C, quint32(listedCount))), playlistSection({thrice})});
         QVERIFY(db.size() > 5'000'000);
@@ -352,6 +361,26 @@ private Q_SLOTS:
             if (!fakeItemsInTitles)
                 QCOMPARE(result.tracks.value(listedCount).title(), QString("Song %1").arg(listedCount).leftJustified(300, u'.'));
             QCOMPARE(idsOf(result.playlists.value(0).tracks), expectedIds + expectedIds + expectedIds);
+        }
+    }
+
+    void aFileCutWhileReadFailsAsOneWalkWould()
+    {
+        // The tracks come last, so the cut reaches only the part of their list that a second thread reads;
+        // one walk from the start would come to the cut all the same.
+        const QByteArray db = mhbd({playlistSection({PlaylistItem::of("Few", {1, 2, 3})}), mhsd(1, mhlt(largeTrackList(false)))});
+        QTemporaryDir dir;
+        const QString path = dir.filePath("iTunesDB");
+        writeFile(path, db);
+        bool cut = false;
+        try {
+            (void)ITunesDBParser().parse(QUrl::fromLocalFile(path), [&](int) {
+                if (!std::exchange(cut, true))
+                    QFile::resize(path, db.size() * 8 / 10);
+            });
+            QFAIL("expected a ParseError");
+        } catch (const ParseError &error) {
+            QCOMPARE(error.kind(), ParseError::Kind::readFailed);
         }
     }
 
