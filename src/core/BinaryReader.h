@@ -50,23 +50,22 @@ public:
     std::optional<quint64> readUInt64LE() { return readLittleEndian<quint64>(); }
     // Four bytes as ASCII. Consumes them even when they are not ASCII.
     std::optional<QString> readFourCC();
-    // Reads four bytes as readFourCC does and compares them with an ASCII tag without making a string.
+    // Reads four bytes as readFourCC does and compares them with a four-character ASCII tag without making
+    // a string.
     enum class TagMatch { matches, differs, unreadable };
     TagMatch readFourCC(QLatin1StringView expected)
     {
         const std::optional<QByteArrayView> bytes = readView(4);
         if (!bytes)
             return TagMatch::unreadable;
-        if (expected.size() == 4) { // compared as one word: the parser does this for every chunk
-            quint32 word;
-            quint32 tag;
-            std::memcpy(&word, bytes->data(), 4);
-            std::memcpy(&tag, expected.data(), 4);
-            if (word == tag)
-                return TagMatch::matches;
-        } else if (*bytes == QByteArrayView(expected.data(), expected.size())) {
+        // Compared as one word: the parser does this for every chunk.
+        Q_ASSERT(expected.size() == 4);
+        quint32 word;
+        quint32 tag;
+        std::memcpy(&word, bytes->data(), 4);
+        std::memcpy(&tag, expected.data(), 4);
+        if (word == tag)
             return TagMatch::matches;
-        }
         const bool ascii = std::all_of(bytes->cbegin(), bytes->cend(), [](char c) { return uchar(c) < 0x80; });
         return ascii ? TagMatch::differs : TagMatch::unreadable;
     }
