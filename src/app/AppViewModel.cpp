@@ -52,7 +52,10 @@ AppViewModel::AppViewModel(Services services, QObject *parent)
     QMetaObject::invokeMethod(this, &AppViewModel::followSelectedDevice, Qt::QueuedConnection);
 }
 
-AppViewModel::~AppViewModel() = default;
+AppViewModel::~AppViewModel()
+{
+    m_stopRun->store(true);
+}
 
 // Every assignment is announced, an equal value too: observers act on the assignment itself (a device
 // chosen again is loaded again). The list models still announce only the rows that changed.

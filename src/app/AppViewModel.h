@@ -21,6 +21,7 @@
 #include <QSet>
 #include <QTimer>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -95,6 +96,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool sanitizeFilenames READ sanitizeFilenames WRITE setSanitizeFilenames NOTIFY optionsChanged)
     Q_PROPERTY(bool cleanDotFiles READ cleanDotFiles WRITE setCleanDotFiles NOTIFY optionsChanged)
     Q_PROPERTY(QString customPathPrefix READ customPathPrefix WRITE setCustomPathPrefix NOTIFY optionsChanged)
+    // The control character that keeps the prefix from being used ("U+000A (line feed)"); empty when none.
+    Q_PROPERTY(QString prefixControlCharacter READ prefixControlCharacter NOTIFY optionsChanged)
     // Each result as {playlistName, filename, path, trackCount, isSuccess, isUpdate, errorMessage}.
     Q_PROPERTY(QVariantList exportResultSummaries READ exportResultSummaries NOTIFY exportResultsChanged)
 
@@ -240,6 +243,7 @@ public:
     [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
     [[nodiscard]] bool cleanDotFiles() const { return m_options.cleanDotFiles; }
     [[nodiscard]] QString customPathPrefix() const { return m_options.customPathPrefix; }
+    [[nodiscard]] QString prefixControlCharacter() const;
     [[nodiscard]] QVariantList exportResultSummaries() const;
     void setExtendedM3U(bool on);
     void setUseM3U8Extension(bool on);
@@ -325,7 +329,8 @@ private:
     void buildSearchIndex();
     void checkPlaylistsForPlayer();
     void applyFolderListing(FolderListing listing);
-    void finishConversion(QList<ExportItemResult> results);
+    struct ConversionOutcome;
+    void finishConversion(ConversionOutcome outcome);
     void refilterPlaylists();
     void updatePlaylistRows(const QSet<QString> &ids);
     void updateFileRows(const QSet<QString> &ids);
@@ -375,6 +380,9 @@ private:
     FileItemListModel m_fileRows;
     PendingActionListModel m_pendingRows;
     QTimer m_successFeedback;
+    // Set to stop the run in progress: it abandons what it has not yet put in place. The window's end
+    // sets it, so that quitting never waits for a long run nor leaves one half-renamed.
+    std::shared_ptr<std::atomic<bool>> m_stopRun = std::make_shared<std::atomic<bool>>(false);
 };
 
 } // namespace kestrune

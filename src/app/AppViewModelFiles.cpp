@@ -3,7 +3,10 @@
 
 #include "BackgroundTask.h"
 #include "core/FileSystemError.h"
+#include "core/IPodTree.h"
+#include "export/DeviceLock.h"
 #include "export/ExistingFileMatching.h"
+#include "export/WriteScope.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -68,14 +71,23 @@ void AppViewModel::discardPendingActions()
 
 void AppViewModel::applyPendingChanges()
 {
-    if (!playlistsBaseFolderURL())
+    const std::optional<QUrl> folderURL = playlistsBaseFolderURL();
+    if (!folderURL || m_isConverting)
         return;
+    // The device's lock is tried, never waited for: the GUI thread does not block on another run.
+    const WriteScope scope = writeScopeFor(folderURL->toLocalFile(), false);
+    std::variant<DeviceLock, QString> lock = DeviceLock::acquire(scope.root, std::chrono::milliseconds(0));
+    if (const QString *busy = std::get_if<QString>(&lock)) {
+        setErrorMessage(QStringLiteral("Nessuna modifica applicata: ") + *busy);
+        return;
+    }
+    const DeviceFolder folder = scope.destination(false);
     QStringList errors;
     for (const PendingFileAction &action : std::as_const(m_pendingActions)) {
         if (!action.item)
             continue;
         try {
-            m_generator.deleteItem(action.item->fileURL);
+            m_generator.deleteItem(folder, action.item->name);
         } catch (const FileSystemError &error) {
             errors.append(QStringLiteral("Errore nell'eliminazione di '") + action.item->name +
                           QStringLiteral("': ") + error.errorDescription);
@@ -83,10 +95,8 @@ void AppViewModel::applyPendingChanges()
     }
     setPendingActions({});
     setSelectedFileItemIds({});
-    if (m_options.cleanDotFiles) {
-        if (const std::optional<QUrl> folder = playlistsBaseFolderURL())
-            m_generator.cleanDotFiles(*folder);
-    }
+    if (m_options.cleanDotFiles)
+        (void)m_generator.cleanDotFileTree(folder);
     refreshRockboxFilesystem();
     if (!errors.isEmpty())
         setErrorMessage(errors.join(u'\n'));
@@ -121,6 +131,11 @@ void AppViewModel::pickCustomFolder()
         .canCreateFolders = false});
     if (!chosen)
         return;
+    if (const std::optional<QString> problem = iPodTreeProblem(chosen->toLocalFile())) {
+        setErrorMessage(QStringLiteral("Impossibile usare '") + QFileInfo(chosen->toLocalFile()).fileName() +
+                        QStringLiteral("': ") + *problem);
+        return;
+    }
     if (const std::optional<IPodDevice> device = m_detector->addCustomLocation(*chosen)) {
         // The detector's selection follows too and loads the same device again; both loads agree.
         loadDatabase(*device);

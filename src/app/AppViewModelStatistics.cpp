@@ -3,6 +3,7 @@
 #include "AppViewModel.h"
 
 #include "BackgroundTask.h"
+#include "export/DeviceLock.h"
 #include "core/FileSystemError.h"
 #include "core/ParseError.h"
 #include "core/PlayCounts.h"
@@ -93,8 +94,13 @@ void AppViewModel::confirmStatisticsCopy()
     runInBackground(
         this,
         [draft] {
-            // The user was told a changelog already there is replaced.
-            return writeStatisticsChangelog(draft->deviceRoot, draft->changelog, true);
+            // One writer per device: tried, never waited for. The user was told a changelog already
+            // there is replaced.
+            std::variant<DeviceLock, QString> lock =
+                DeviceLock::acquire(DeviceFolder::open(draft->deviceRoot), std::chrono::milliseconds(0));
+            if (const QString *busy = std::get_if<QString>(&lock))
+                return std::optional<QString>(*busy);
+            return writeStatisticsChangelog(std::get<DeviceLock>(lock).folder(), draft->changelog, true);
         },
         [this](std::optional<QString> failure) {
             if (m_statisticsCopy.value(QStringLiteral("state")) != QStringLiteral("writing"))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTextStream>
 
 #include <cstdio>
@@ -27,16 +28,33 @@ public:
         m_out.flush();
     }
 
-    // One line on standard error; returns the status to exit with.
-    int fail(const QString &message, int status = exitUsageOrInput)
+    // With --json, errors are JSON objects on standard output, as the results are.
+    void setJson(bool json) { m_json = json; }
+
+    // One line on standard error, or {"error", "path"} on standard output with --json; returns the status
+    // to exit with.
+    int fail(const QString &message, int status = exitUsageOrInput, const QString &path = {})
     {
         endProgress();
+        if (m_json) {
+            const QJsonObject error{{QStringLiteral("error"), message},
+                                    {QStringLiteral("path"), path.isEmpty() ? QJsonValue() : QJsonValue(path)}};
+            printJson(QJsonDocument(error));
+            return status;
+        }
         m_out.flush();
         m_err << "kestrune-cli: " << message << Qt::endl;
         return status;
     }
 
-    void warn(const QString &message) { fail(QStringLiteral("warning: ") + message); }
+    // One line on standard error, whatever the output format.
+    void note(const QString &message)
+    {
+        endProgress();
+        m_out.flush();
+        m_err << "kestrune-cli: " << message << Qt::endl;
+    }
+    void warn(const QString &message) { note(QStringLiteral("warning: ") + message); }
 
     // A progress line redrawn in place on standard error, only when that is a terminal.
     void progress(const QString &line)
@@ -61,6 +79,7 @@ private:
     QTextStream m_err;
     bool m_errIsTerminal = standardErrorIsTerminal();
     bool m_progressShown = false;
+    bool m_json = false;
 };
 
 } // namespace kestrune::cli

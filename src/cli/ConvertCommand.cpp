@@ -1,11 +1,15 @@
 // `convert`: the conversion run without a window.
 #include "Commands.h"
+#include "DeviceSession.h"
+#include "Interruption.h"
 #include "JsonFormat.h"
 #include "PlayerReport.h"
 #include "SourceDatabase.h"
 #include "core/PlaylistFolders.h"
 #include "device/MountTable.h"
 #include "export/ExistingFileMatching.h"
+#include "export/M3UContent.h"
+#include "export/PlaylistWriteBatch.h"
 #include "export/RockboxGenerator.h"
 
 #include <QDir>
@@ -52,8 +56,11 @@ std::optional<QList<Playlist>> choosePlaylists(const QList<Playlist> &all, const
 
 QString outcomeLine(const ExportItemResult &result, bool dryRun)
 {
-    const QString tracks = result.trackCount == 1 ? QStringLiteral("1 track")
-                                                  : QStringLiteral("%1 tracks").arg(result.trackCount);
+    QString tracks = result.trackCount == 1 ? QStringLiteral("1 track")
+                                            : QStringLiteral("%1 tracks").arg(result.trackCount);
+    if (result.intendedFilename)
+        tracks += QStringLiteral("; not %1, which another playlist's file is on a case-blind device")
+                      .arg(*result.intendedFilename);
     if (dryRun)
         return QStringLiteral("  %1 %2 (%3)")
             .arg(result.isUpdate ? QStringLiteral("would update") : QStringLiteral("would write "),
@@ -66,15 +73,16 @@ QString outcomeLine(const ExportItemResult &result, bool dryRun)
              tracks);
 }
 
-ExportItemResult plannedResult(const Playlist &playlist, const ConvertRequest &request)
+ExportItemResult plannedResult(const Playlist &playlist, const QString &filename, const ConvertRequest &request)
 {
-    const QString filename = RockboxGenerator::playlistFilename(playlist, request.options);
+    const QString intended = RockboxGenerator::playlistFilename(playlist, request.options);
     return ExportItemResult{.playlistName = playlist.name,
                             .filename = filename,
                             .fileURL = QUrl::fromLocalFile(request.destination + u'/' + filename),
                             .trackCount = int(playlist.tracks.size()),
                             .isSuccess = true,
-                            .isUpdate = playlist.existingRockboxFile.has_value()};
+                            .isUpdate = playlist.existingRockboxFile.has_value(),
+                            .intendedFilename = intended != filename ? std::optional(intended) : std::nullopt};
 }
 
 // A truncated database lists fewer tracks than the one the existing files were made from; they stay.
@@ -83,16 +91,20 @@ bool wouldOverwrite(const ExportItemResult &planned, const ConvertRequest &reque
     return request.keepExistingFiles && QFileInfo::exists(planned.fileURL.toLocalFile());
 }
 
-QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGenerator &generator,
-                                  CliOutput &output)
+QList<ExportItemResult> exportAll(const ConvertRequest &request, const DeviceFolder &destination,
+                                  const RockboxGenerator &generator, CliOutput &output)
 {
     QList<Playlist> toWrite;
+    QStringList toWriteNames;
     QList<ExportItemResult> results;
+    const QStringList filenames = RockboxGenerator::playlistFilenames(request.playlists, request.options);
     for (const Playlist &playlist : request.playlists) {
-        ExportItemResult planned = plannedResult(playlist, request);
+        ExportItemResult planned = plannedResult(playlist, filenames.at(results.size()), request);
         if (request.dryRun || !wouldOverwrite(planned, request)) {
-            if (!request.dryRun)
+            if (!request.dryRun) {
                 toWrite.append(playlist);
+                toWriteNames.append(planned.filename);
+            }
             results.append(planned);
             continue;
         }
@@ -104,15 +116,21 @@ QList<ExportItemResult> exportAll(const ConvertRequest &request, const RockboxGe
     if (request.dryRun)
         return results;
 
-    const QList<ExportItemResult> written = generator.exportPlaylists(
-        toWrite, QUrl::fromLocalFile(request.destination), request.options, [&](qsizetype count) {
+    // Written together, a playlist kept back still holds its name, so the others keep theirs too.
+    QList<ExportItemResult> written = generator.exportPlaylists(
+        toWrite, destination, request.options,
+        [&](qsizetype count) {
             output.progress(QStringLiteral("[%1/%2] %3").arg(count).arg(toWrite.size()).arg(toWrite.at(count - 1).name));
-        });
+        },
+        &stopRequested(), toWriteNames);
     output.endProgress();
     qsizetype next = 0;
     for (ExportItemResult &result : results) {
-        if (result.isSuccess) // planned, so written
-            result = written.at(next++);
+        if (!result.isSuccess) // kept back
+            continue;
+        const ExportItemResult &done = written.at(next++);
+        result.isSuccess = done.isSuccess;
+        result.errorMessage = done.errorMessage;
     }
     return results;
 }
@@ -150,6 +168,10 @@ int runConvert(const QStringList &arguments, CliOutput &output)
         return output.fail(QStringLiteral("convert: --folders takes 'flatten', not '%1' (see 'kestrune-cli "
                                           "convert --help')")
                                .arg(parser.value(folders)));
+    if (const std::optional<QString> character = controlCharacterInPrefix(parser.value(prefix)))
+        return output.fail(QStringLiteral("convert: --prefix holds the control character %1, which would break "
+                                          "every entry of every playlist (see 'kestrune-cli convert --help')")
+                               .arg(*character));
 
     const std::optional<Source> source = resolveSource(parser.positionalArguments().first(), output);
     if (!source)
@@ -176,8 +198,6 @@ int runConvert(const QStringList &arguments, CliOutput &output)
     for (const Playlist &each : *chosen)
         request.playlists += parser.isSet(splitLong) ? splitToLimit(each, player.rockbox.playlistLimit)
                                                      : QList<Playlist>{each};
-    attachExistingFiles(request.playlists,
-                        generator.scanExistingPlaylists(QUrl::fromLocalFile(request.destination)));
     request.options = ConversionOptions{.destinationFolder = QUrl::fromLocalFile(request.destination),
                                         .extendedM3U = !parser.isSet(noExtinf),
                                         .useM3U8Extension = !parser.isSet(m3u),
@@ -189,12 +209,35 @@ int runConvert(const QStringList &arguments, CliOutput &output)
     request.json = parser.isSet(json);
     request.keepExistingFiles = library->looksTruncated && !parser.isSet(force);
 
+    // One run per device: the lock is taken on the root everything below is then reached from. A dry run
+    // writes nothing, and looks only when the folder is there already.
+    const WriteScope scope = writeScopeFor(request.destination, !request.dryRun);
+    std::optional<DeviceLock> lock;
+    if (!request.dryRun || scope.root.isOpen()) {
+        int status = exitSuccess;
+        lock = lockDevice(scope, QStringLiteral("convert"), output, status);
+        if (!lock)
+            return status;
+    }
+    const DeviceFolder destination = scope.destination(!request.dryRun);
+    attachExistingFiles(request.playlists,
+                        generator.scanExistingPlaylists(QUrl::fromLocalFile(request.destination)));
+    const QStringList stale = PlaylistWriteBatch::sweepStaleTemporaryFiles(destination, request.dryRun);
+    if (!stale.isEmpty()) {
+        output.note(QStringLiteral("%1 %2 temporary %3 an interrupted run left in %4")
+                        .arg(request.dryRun ? QStringLiteral("would remove") : QStringLiteral("removed"))
+                        .arg(stale.size())
+                        .arg(stale.size() == 1 ? QStringLiteral("file") : QStringLiteral("files"))
+                        .arg(destination.path()));
+    }
+
     if (!request.dryRun)
         warnAboutTheVolume(request.destination, output);
-    const QList<ExportItemResult> results = exportAll(request, generator, output);
+    const QList<ExportItemResult> results = exportAll(request, destination, generator, output);
+    const bool stopped = stopRequested().load();
     DotFileCleaner::Report cleaning;
-    if (request.options.cleanDotFiles && !request.dryRun)
-        cleaning = generator.cleanDotFileTree(QUrl::fromLocalFile(request.destination));
+    if (request.options.cleanDotFiles && !request.dryRun && !stopped)
+        cleaning = DotFileCleaner().clean(destination);
     const auto failures = std::count_if(results.cbegin(), results.cend(),
                                         [](const ExportItemResult &r) { return !r.isSuccess; });
     const QList<PlaylistWarning> warnings = warningsFor(request.playlists, request.options, player);
@@ -206,8 +249,12 @@ int runConvert(const QStringList &arguments, CliOutput &output)
         QJsonObject report{{QStringLiteral("destination"), request.destination},
                            {QStringLiteral("results"), array},
                            {QStringLiteral("dotFilesRemoved"), cleaning.removed}};
+        if (!cleaning.failures.isEmpty() || !cleaning.skippedMounts.isEmpty() || cleaning.refused)
+            report.insert(QStringLiteral("dotFileCleaning"), cleaningJson(cleaning));
         if (!warnings.isEmpty())
             report.insert(QStringLiteral("warnings"), warningsJson(warnings));
+        if (stopped)
+            report.insert(QStringLiteral("stoppedBy"), stoppingSignalName());
         output.printJson(QJsonDocument(report));
     } else {
         for (const ExportItemResult &result : results)
@@ -220,17 +267,20 @@ int runConvert(const QStringList &arguments, CliOutput &output)
                          << " playlist(s) written to " << request.destination;
             if (failures > 0)
                 output.out() << ", " << failures << " failed";
-            if (cleaning.skippedOutsideIPod)
+            if (stopped)
+                output.out() << "; dot files left alone: the run was stopped\n";
+            else if (cleaning.skippedOutsideIPod)
                 output.out() << "; dot files left alone: the folder is not on an iPod\n";
             else
                 output.out() << "; " << cleaning.removed << " dot file(s) removed\n";
+            printCleaningProblems(cleaning, output.out());
         }
         printWarnings(warnings, output);
         output.out().flush();
     }
-    if (cleaning.failed > 0)
-        output.fail(QStringLiteral("%1 dot file(s) could not be removed").arg(cleaning.failed), exitSomeFailed);
-    return failures > 0 || cleaning.failed > 0 ? exitSomeFailed : exitSuccess;
+    if (stopped)
+        return reportStop(results.size() - failures, results.size(), QStringLiteral("playlists"), output);
+    return failures > 0 || !cleaning.failures.isEmpty() ? exitSomeFailed : exitSuccess;
 }
 
 } // namespace kestrune::cli

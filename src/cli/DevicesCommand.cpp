@@ -54,6 +54,8 @@ int runDevices(const QStringList &arguments, CliOutput &output)
                                            : systemCandidateSource();
     const IPodDetector detector(IPodDetector::Services{candidates, systemVolumeInfo, nullptr});
     const QList<IPodDevice> &devices = detector.detectedDevices();
+    for (const QString &refused : detector.refusedLocations())
+        output.warn(refused);
 
     if (parser.isSet(json)) {
         QJsonArray array;

@@ -1,8 +1,10 @@
 // `files` and `clean`: a playlists folder as it is.
 #include "Commands.h"
+#include "DeviceSession.h"
 #include "JsonFormat.h"
 #include "TextTable.h"
 #include "device/IPodDevice.h"
+#include "export/PlaylistWriteBatch.h"
 #include "export/RockboxGenerator.h"
 
 #include <QDir>
@@ -18,7 +20,9 @@ std::optional<QString> existingFolder(QCommandLineParser &parser, CliOutput &out
 {
     const QString folder = parser.positionalArguments().first();
     if (!QFileInfo(folder).isDir()) {
-        output.fail(QStringLiteral("'%1' is not a folder").arg(folder));
+        output.fail(QFileInfo::exists(folder) ? QStringLiteral("'%1' is not a folder").arg(folder)
+                                              : QStringLiteral("'%1' does not exist").arg(folder),
+                    exitUsageOrInput, folder);
         return std::nullopt;
     }
     return QDir(folder).absolutePath();
@@ -68,17 +72,33 @@ int runClean(const QStringList &arguments, CliOutput &output)
     const std::optional<QString> folder = existingFolder(parser, output);
     if (!folder)
         return exitUsageOrInput;
-    const DotFileCleaner::Report report = RockboxGenerator().cleanDotFileTree(QUrl::fromLocalFile(*folder));
-    if (report.skippedOutsideIPod) {
+    const WriteScope scope = writeScopeFor(*folder, false);
+    if (scope.root.isOpen() && !scope.onIPod) {
         return output.fail(QStringLiteral("clean: '%1' is not on an iPod (neither it nor a folder above it "
                                           "holds iPod_Control); nothing removed")
-                               .arg(*folder));
+                               .arg(*folder),
+                           exitUsageOrInput, *folder);
     }
-    output.out() << report.removed << " dot file(s) removed from " << *folder << '\n';
+    int status = exitSuccess;
+    const std::optional<DeviceLock> lock = lockDevice(scope, QStringLiteral("clean"), output, status);
+    if (!lock)
+        return status;
+    const DeviceFolder root = scope.destination(false);
+    if (!root.isOpen())
+        return output.fail(QStringLiteral("clean: %1").arg(*root.error()), exitUsageOrInput, root.path());
+    const QStringList stale = PlaylistWriteBatch::sweepStaleTemporaryFiles(root);
+    const DotFileCleaner::Report report = DotFileCleaner().clean(root);
+    const qsizetype removed = report.removed + stale.size();
+    output.out() << removed << (removed == 1 ? " dot file removed from " : " dot files removed from ") << *folder
+                 << '\n';
+    printCleaningProblems(report, output.out());
     output.out().flush();
-    if (report.failed > 0)
-        return output.fail(QStringLiteral("clean: %1 dot file(s) could not be removed").arg(report.failed),
-                           exitSomeFailed);
+    if (!report.failures.isEmpty()) {
+        return output.fail(QStringLiteral("clean: %1 could not be removed (listed above)")
+                               .arg(report.failures.size() == 1 ? QStringLiteral("1 dot file")
+                                                                : QStringLiteral("%1 dot files").arg(report.failures.size())),
+                           exitSomeFailed, *folder);
+    }
     return exitSuccess;
 }
 

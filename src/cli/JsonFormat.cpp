@@ -44,7 +44,7 @@ QJsonObject playlistJson(const Playlist &playlist)
 
 QJsonObject exportResultJson(const ExportItemResult &result)
 {
-    return QJsonObject{
+    QJsonObject json{
         {QStringLiteral("playlistName"), result.playlistName},
         {QStringLiteral("filename"), result.filename},
         {QStringLiteral("path"), result.fileURL.toLocalFile()},
@@ -54,11 +54,39 @@ QJsonObject exportResultJson(const ExportItemResult &result)
         {QStringLiteral("errorMessage"),
          result.errorMessage ? QJsonValue(*result.errorMessage) : QJsonValue(QJsonValue::Null)},
     };
+    if (result.intendedFilename)
+        json.insert(QStringLiteral("intendedFilename"), *result.intendedFilename);
+    return json;
+}
+
+QJsonObject cleaningJson(const DotFileCleaner::Report &report)
+{
+    QJsonArray failures;
+    for (const DotFileCleaner::Failure &failure : report.failures)
+        failures.append(QJsonObject{{QStringLiteral("path"), failure.path}, {QStringLiteral("reason"), failure.reason}});
+    QJsonObject json{{QStringLiteral("removed"), report.removed}};
+    if (!failures.isEmpty())
+        json.insert(QStringLiteral("failures"), failures);
+    if (!report.skippedMounts.isEmpty())
+        json.insert(QStringLiteral("skippedMounts"), QJsonArray::fromStringList(report.skippedMounts));
+    if (report.refused)
+        json.insert(QStringLiteral("refused"), *report.refused);
+    return json;
+}
+
+void printCleaningProblems(const DotFileCleaner::Report &report, QTextStream &out)
+{
+    for (const DotFileCleaner::Failure &failure : report.failures)
+        out << "  could not remove " << failure.path << ": " << failure.reason << '\n';
+    for (const QString &mount : report.skippedMounts)
+        out << "  left alone " << mount << ": another file system is mounted there\n";
+    if (report.refused)
+        out << "  dot files left alone: " << *report.refused << '\n';
 }
 
 QJsonObject fileItemJson(const RockboxFileItem &item)
 {
-    return QJsonObject{
+    QJsonObject json{
         {QStringLiteral("name"), item.name},
         {QStringLiteral("baseName"), item.baseName},
         {QStringLiteral("fileURL"), item.fileURL.toLocalFile()},
@@ -68,6 +96,11 @@ QJsonObject fileItemJson(const RockboxFileItem &item)
                                                  ? QJsonValue(item.modificationDate->toString(Qt::ISODate))
                                                  : QJsonValue(QJsonValue::Null)},
     };
+    if (!item.nameBytes.isEmpty()) {
+        json.insert(QStringLiteral("nameIsUtf8"), false);
+        json.insert(QStringLiteral("nameBytes"), QString::fromLatin1(item.nameBytes.toHex()));
+    }
+    return json;
 }
 
 } // namespace kestrune::cli

@@ -1,6 +1,7 @@
 #include "SourceDatabase.h"
 
 #include "core/FileSystemError.h"
+#include "core/IPodTree.h"
 #include "core/ITunesDBParser.h"
 #include "core/OnTheGoPlaylists.h"
 #include "core/ParseError.h"
@@ -8,6 +9,11 @@
 
 #include <QDir>
 #include <QFileInfo>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <sys/stat.h>
+#endif
 
 namespace kestrune::cli {
 
@@ -23,18 +29,34 @@ std::optional<QString> rootOfDatabase(const QFileInfo &database)
     return dir.absolutePath();
 }
 
+// Why a path that is not there cannot be seen: the system refused to look, or it is missing.
+QString unreachable(const QString &path)
+{
+#ifdef Q_OS_UNIX
+    struct stat status {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0 && errno == EACCES)
+        return QStringLiteral("Permission denied: '%1'").arg(path);
+#endif
+    return QStringLiteral("'%1' does not exist").arg(path);
+}
+
 } // namespace
 
 std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
 {
     const QFileInfo info(argument);
     if (info.isDir()) {
+        if (const std::optional<QString> problem = iPodTreeProblem(info.absoluteFilePath())) {
+            output.fail(*problem, exitUsageOrInput, info.absoluteFilePath());
+            return std::nullopt;
+        }
         const std::optional<IPodDevice> device = inspectIPodLocation(
             QUrl::fromLocalFile(info.absoluteFilePath()), [](const QString &) { return VolumeInfo{}; });
         if (!device) {
             output.fail(QStringLiteral("no iPod database in '%1': expected iPod_Control/iTunes/iTunesDB or "
                                        "iTunesSD")
-                            .arg(argument));
+                            .arg(argument),
+                        exitUsageOrInput, info.absoluteFilePath());
             return std::nullopt;
         }
         return Source{device->itunesDBURL.toLocalFile(), device->playlistsURL.toLocalFile(),
@@ -47,7 +69,8 @@ std::optional<Source> resolveSource(const QString &argument, CliOutput &output)
     }
     output.fail(info.exists() || info.isSymLink()
                     ? QStringLiteral("'%1' is neither a folder nor a regular file").arg(argument)
-                    : QStringLiteral("'%1' does not exist").arg(argument));
+                    : unreachable(argument),
+                exitUsageOrInput, info.absoluteFilePath());
     return std::nullopt;
 }
 
@@ -73,9 +96,9 @@ ParseResult *loadDatabase(const Source &source, CliOutput &output)
         newestKept = new KeptLibrary{std::move(library), newestKept};
         return &newestKept->library;
     } catch (const ParseError &error) {
-        output.fail(error.errorDescription());
+        output.fail(error.errorDescription(), exitUsageOrInput, source.databasePath);
     } catch (const FileSystemError &error) {
-        output.fail(error.errorDescription);
+        output.fail(error.errorDescription, exitUsageOrInput, source.databasePath);
     }
     return nullptr;
 }

@@ -1,5 +1,6 @@
 // `stats`: the play counts and ratings of the iPod, and the changelog that carries them into Rockbox.
 #include "Commands.h"
+#include "DeviceSession.h"
 #include "SourceDatabase.h"
 #include "TextTable.h"
 #include "core/PlayCounts.h"
@@ -73,11 +74,22 @@ int runStats(const QStringList &arguments, CliOutput &output)
 
     const std::optional<QString> target =
         source->deviceRoot ? changelogPath(*source->deviceRoot) : std::nullopt;
+    std::optional<DeviceLock> lock;
+    if (parser.isSet(write)) {
+        int status = exitSuccess;
+        lock = lockDevice(WriteScope{DeviceFolder::open(*source->deviceRoot), QString(), true}, QStringLiteral("stats"),
+                          output, status);
+        if (!lock)
+            return status;
+    }
     if (parser.isSet(write) && !target)
         return output.fail(
             QStringLiteral("stats --write: the device has no .rockbox folder: install Rockbox on it first"),
             exitSomeFailed);
-    if (parser.isSet(write) && !parser.isSet(force) && QFileInfo::exists(*target)) {
+    if (parser.isSet(write) && QFileInfo(QFileInfo(*target).absolutePath()).isSymLink())
+        return output.fail(QStringLiteral("stats --write: ") + linkRefusedMessage(QFileInfo(*target).absolutePath()),
+                           exitSomeFailed, QFileInfo(*target).absolutePath());
+    if (parser.isSet(write) && !parser.isSet(force) && QFileInfo(*target).exists()) {
         return output.fail(QStringLiteral("stats --write: %1 already exists (Rockbox writes it on \"Export "
                                           "Modifications\"); --force replaces it")
                                .arg(*target),
@@ -97,8 +109,8 @@ int runStats(const QStringList &arguments, CliOutput &output)
         changelog = buildStatisticsChangelog(statistics.tracks, files);
         output.endProgress();
         if (const std::optional<QString> failure =
-                writeStatisticsChangelog(*source->deviceRoot, changelog->text, parser.isSet(force)))
-            return output.fail(QStringLiteral("stats --write: %1").arg(*failure), exitSomeFailed);
+                writeStatisticsChangelog(lock->folder(), changelog->text, parser.isSet(force)))
+            return output.fail(QStringLiteral("stats --write: %1").arg(*failure), exitSomeFailed, *target);
         report.insert(QStringLiteral("changelog"),
                       QJsonObject{{QStringLiteral("path"), *target},
                                   {QStringLiteral("written"), changelog->written},

@@ -1,6 +1,8 @@
 // kestrune-cli: Kestrune's main job without a window.
 #include "Commands.h"
 #include "Help.h"
+#include "Interruption.h"
+#include "export/FileNameText.h"
 
 #include <QCoreApplication>
 
@@ -15,7 +17,20 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(KESTRUNE_VERSION));
 
     CliOutput output;
+    stopOnSignals();
     QStringList arguments = QCoreApplication::arguments().mid(1);
+    output.setJson(arguments.contains(QLatin1StringView("--json")));
+    // The system hands arguments over as bytes; a path that is not UTF-8 cannot be named in a playlist or
+    // opened again from its text, so it is refused as what it is, never reported as missing.
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray bytes(argv[i]);
+        if (!kestrune::isValidUtf8(bytes)) {
+            return output.fail(QStringLiteral("'%1' is not valid UTF-8; Kestrune handles only UTF-8 names (rename "
+                                              "it, or mount the device with the utf8 option)")
+                                   .arg(kestrune::displayFileName(bytes)),
+                               exitUsageOrInput, kestrune::displayFileName(bytes));
+        }
+    }
     const QString command = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (command == QLatin1StringView("--help") || command == QLatin1StringView("-h") ||
         command == QLatin1StringView("help")) {

@@ -1,6 +1,7 @@
 #include "IPodDetector.h"
 
 #include "IPodLocation.h"
+#include "core/IPodTree.h"
 
 #include <QThread>
 
@@ -51,10 +52,14 @@ void IPodDetector::scanVolumes()
     }
 
     QList<IPodDevice> devices;
+    QStringList refused;
     for (const QString &candidate : *candidates) {
         if (std::optional<IPodDevice> device = inspectLocation(QUrl::fromLocalFile(candidate)))
             devices.append(std::move(*device));
+        else if (std::optional<QString> problem = iPodTreeProblem(candidate))
+            refused.append(*problem);
     }
+    m_refusedLocations = std::move(refused);
     m_detectedDevices = std::move(devices);
     Q_EMIT detectedDevicesChanged();
 

@@ -36,6 +36,8 @@ public:
     explicit IPodDetector(Services services, QObject *parent = nullptr);
 
     [[nodiscard]] const QList<IPodDevice> &detectedDevices() const { return m_detectedDevices; }
+    // Why the last scan passed over volumes that look like iPods (a linked iPod_Control, no permission).
+    [[nodiscard]] const QStringList &refusedLocations() const { return m_refusedLocations; }
     [[nodiscard]] const std::optional<IPodDevice> &selectedDevice() const { return m_selectedDevice; }
     [[nodiscard]] bool isScanning() const { return m_isScanning; }
     void setSelectedDevice(const std::optional<IPodDevice> &device);
@@ -60,6 +62,7 @@ private:
 
     Services m_services;
     QList<IPodDevice> m_detectedDevices;
+    QStringList m_refusedLocations;
     std::optional<IPodDevice> m_selectedDevice;
     bool m_isScanning = false;
 };

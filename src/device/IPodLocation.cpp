@@ -1,5 +1,7 @@
 #include "IPodLocation.h"
 
+#include "core/IPodTree.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -17,6 +19,8 @@ bool fileExists(const QString &path)
 std::optional<IPodDevice> inspectIPodLocation(const QUrl &folderURL, const VolumeInfoReader &volumeInfo)
 {
     const QString root = folderURL.toLocalFile();
+    if (!holdsIPodControlFolder(root)) // a link named iPod_Control is not an iPod
+        return std::nullopt;
     const QDir dir(root);
     const QString database = dir.filePath(QStringLiteral("iPod_Control/iTunes/iTunesDB"));
     const QString shuffleDatabase = dir.filePath(QStringLiteral("iPod_Control/iTunes/iTunesSD"));

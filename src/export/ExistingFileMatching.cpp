@@ -1,5 +1,6 @@
 #include "ExistingFileMatching.h"
 
+#include "PlaylistFileName.h"
 #include "RockboxGenerator.h"
 
 #include <QRegularExpression>
@@ -29,9 +30,19 @@ QList<FileKeys> keysOf(const QList<ExistingRockboxFile> &files)
     return keys;
 }
 
-std::optional<qsizetype> matchIndex(const QString &playlistName, const QList<FileKeys> &keys)
+// The base names an export of these playlists would write, made distinct for a case-blind volume.
+QStringList exportedBaseNames(const QStringList &playlistNames)
 {
-    const QString key = comparable(RockboxGenerator::sanitizeFilename(playlistName));
+    QStringList names;
+    names.reserve(playlistNames.size());
+    for (const QString &name : playlistNames)
+        names.append(RockboxGenerator::sanitizeFilename(name));
+    return distinctBaseNames(names, true);
+}
+
+std::optional<qsizetype> matchIndexOfBase(const QString &baseName, const QList<FileKeys> &keys)
+{
+    const QString key = comparable(baseName);
     const QString asM3U8 = key + QStringLiteral(".m3u8");
     const QString asM3U = key + QStringLiteral(".m3u");
     for (qsizetype i = 0; i < keys.size(); ++i) {
@@ -47,15 +58,16 @@ std::optional<qsizetype> matchIndex(const QString &playlistName, const QList<Fil
 std::optional<ExistingRockboxFile> matchingExistingFile(const QString &playlistName,
                                                         const QList<ExistingRockboxFile> &files)
 {
-    const std::optional<qsizetype> index = matchIndex(playlistName, keysOf(files));
+    const std::optional<qsizetype> index =
+        matchIndexOfBase(RockboxGenerator::sanitizeFilename(playlistName), keysOf(files));
     return index ? std::optional(files.at(*index)) : std::nullopt;
 }
 
 QSet<QString> playlistMatchKeys(const QStringList &playlistNames)
 {
     QSet<QString> keys;
-    for (const QString &name : playlistNames)
-        keys.insert(comparable(RockboxGenerator::sanitizeFilename(name)));
+    for (const QString &name : exportedBaseNames(playlistNames))
+        keys.insert(comparable(name));
     return keys;
 }
 
@@ -77,8 +89,13 @@ bool belongsToAny(const ExistingRockboxFile &file, const QSet<QString> &keys)
 void attachExistingFiles(QList<Playlist> &playlists, const QList<ExistingRockboxFile> &files)
 {
     const QList<FileKeys> keys = keysOf(files);
-    for (Playlist &playlist : playlists) {
-        const std::optional<qsizetype> index = matchIndex(playlist.name, keys);
+    QStringList names;
+    for (const Playlist &playlist : std::as_const(playlists))
+        names.append(playlist.name);
+    const QStringList baseNames = exportedBaseNames(names);
+    for (qsizetype i = 0; i < playlists.size(); ++i) {
+        Playlist &playlist = playlists[i];
+        const std::optional<qsizetype> index = matchIndexOfBase(baseNames.at(i), keys);
         playlist.existingRockboxFile = index ? std::optional(files.at(*index)) : std::nullopt;
     }
 }

@@ -18,7 +18,8 @@ namespace kestrune {
 std::optional<ExistingRockboxFile> matchingExistingFile(const QString &playlistName,
                                                         const QList<ExistingRockboxFile> &files);
 
-// Sets (or clears) every playlist's existingRockboxFile by the rule above.
+// Sets (or clears) every playlist's existingRockboxFile by the rule above, each playlist under the name an
+// export of them all would give it: names that are one on a case-blind volume get " (2)", " (3)", ...
 void attachExistingFiles(QList<Playlist> &playlists, const QList<ExistingRockboxFile> &files);
 
 // Whether a file belongs to one of some playlists by the rule above, a part written by splitting

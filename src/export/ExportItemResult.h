@@ -18,6 +18,9 @@ struct ExportItemResult {
     bool isSuccess = false;
     bool isUpdate = false; // the playlist already had a matching file when the export started
     std::optional<QString> errorMessage;
+    // The name the file would have had, when another playlist of the run has it but for case: on the
+    // player's case-blind volume both would be one file, so this one was given a " (2)"-style suffix.
+    std::optional<QString> intendedFilename;
 
     bool operator==(const ExportItemResult &) const = default;
 };

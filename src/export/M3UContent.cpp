@@ -119,4 +119,27 @@ QString m3uContent(const Playlist &playlist, const ConversionOptions &options)
     return text;
 }
 
+std::optional<QString> controlCharacterInPrefix(const QString &prefix)
+{
+    for (const QChar c : prefix) {
+        const char16_t code = c.unicode();
+        if (code >= 0x20 && code != 0x7F)
+            continue;
+        const QString number = QStringLiteral("U+") + QString::number(code, 16).toUpper().rightJustified(4, u'0');
+        switch (code) {
+        case u'\n':
+            return number + QStringLiteral(" (line feed)");
+        case u'\r':
+            return number + QStringLiteral(" (carriage return)");
+        case u'\t':
+            return number + QStringLiteral(" (tab)");
+        case 0x7F:
+            return number + QStringLiteral(" (delete)");
+        default:
+            return number + QStringLiteral(" (a control character)");
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace kestrune

@@ -2,6 +2,7 @@
 
 #include "core/TextTrim.h"
 
+#include <QSet>
 #include <QTextBoundaryFinder>
 
 #include <array>
@@ -95,6 +96,36 @@ QString sanitizedPlaylistName(const QString &name)
     if (isReservedDeviceName(safe.left(stemEnd)))
         safe.insert(stemEnd, u'_');
     return shortenedToUtf8Bytes(safe, maximumBaseNameBytes);
+}
+
+QString caseBlindKey(const QString &name)
+{
+    return name.normalized(QString::NormalizationForm_C).toCaseFolded();
+}
+
+QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength)
+{
+    QSet<QString> taken;
+    taken.reserve(baseNames.size());
+    for (const QString &name : baseNames)
+        taken.insert(caseBlindKey(name));
+    QSet<QString> given;
+    QStringList distinct;
+    distinct.reserve(baseNames.size());
+    for (const QString &name : baseNames) {
+        QString chosen = name;
+        // A suffixed name may not take the name another playlist has of its own.
+        for (int number = 2; given.contains(caseBlindKey(chosen)); ++number) {
+            const QString suffix = QStringLiteral(" (%1)").arg(number);
+            const QString base = limitLength ? shortenedToUtf8Bytes(name, maximumBaseNameBytes - suffix.size()) : name;
+            chosen = base + suffix;
+            if (taken.contains(caseBlindKey(chosen)))
+                chosen = name; // try the next number
+        }
+        given.insert(caseBlindKey(chosen));
+        distinct.append(chosen);
+    }
+    return distinct;
 }
 
 std::optional<QString> unwritableCharacterIn(const QString &name)

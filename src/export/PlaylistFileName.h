@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -17,6 +18,15 @@ constexpr qsizetype maximumBaseNameBytes = 259 - qsizetype(sizeof("/Playlists/.m
 //   extension) gets "_" after it;
 // - the name is shortened at a character boundary to maximumBaseNameBytes.
 QString sanitizedPlaylistName(const QString &name);
+
+// Base names made distinct on a case-blind volume: names equal after NFC and Unicode case folding (which
+// covers FAT's comparison and the player's ASCII-only one) would be one file there. The first, in the
+// given order, keeps its name; the next gets " (2)", then " (3)", ... (shortened, when `limitLength`, to
+// stay within maximumBaseNameBytes).
+QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength);
+
+// The key under which two file names are one file on a case-blind volume.
+QString caseBlindKey(const QString &name);
 
 // A name used as it is (sanitising off) still may not hold a character that no file name can hold:
 // the reason, naming the character, or none.

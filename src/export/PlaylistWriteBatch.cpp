@@ -2,6 +2,7 @@
 
 #include "PlaylistFileName.h"
 #include "SystemErrorText.h"
+#include "WriteScope.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -11,6 +12,7 @@
 #ifdef Q_OS_UNIX
 #include <cerrno>
 #include <fcntl.h>
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -24,12 +26,27 @@ QString lastComponent(const QString &relativePath)
     return relativePath.mid(relativePath.lastIndexOf(u'/') + 1);
 }
 
-QString folderUnavailable(const QString &folder, const QString &reason)
+const QLatin1StringView temporaryPrefix(".kestrune-");
+
+DeviceFolder resolvedDestination(const QString &folder)
 {
-    return QStringLiteral("The folder “%1” couldn’t be opened: %2").arg(QFileInfo(folder).fileName(), reason);
+    const WriteScope scope = writeScopeFor(folder, true);
+    return scope.root.openFolder(scope.relativeFolder, true);
 }
 
 } // namespace
+
+QString PlaylistWriteBatch::interruptedReason()
+{
+    return QStringLiteral("Not written: the run was interrupted; the file on the device is as it was.");
+}
+
+bool PlaylistWriteBatch::isTemporaryFileName(const QString &name)
+{
+    if (!name.startsWith(temporaryPrefix) || name.size() == temporaryPrefix.size())
+        return false;
+    return std::all_of(name.cbegin() + temporaryPrefix.size(), name.cend(), [](QChar c) { return c.isDigit(); });
+}
 
 #ifdef Q_OS_UNIX
 
@@ -74,46 +91,35 @@ struct PlaylistWriteBatch::Platform {
         std::optional<QString> error;
     };
 
+    DeviceFolder handle;
     QString folder;
     int descriptor = -1;
     dev_t device = 0;
     ino_t inode = 0;
     std::optional<QString> openError;
+    const std::atomic<bool> *stop = nullptr;
     QList<File> files;
 
-    void open(const QString &path);
+    void open(const DeviceFolder &resolved);
+    [[nodiscard]] bool stopRequested() const { return stop && stop->load(); }
     [[nodiscard]] std::optional<QString> checkStillInPlace() const;
     [[nodiscard]] int flushVolume() const;
     void removeTemporary(File &file) const;
     void renameGroup(const QList<File *> &group) const;
 };
 
-void PlaylistWriteBatch::Platform::open(const QString &path)
+void PlaylistWriteBatch::Platform::open(const DeviceFolder &resolved)
 {
-    folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-    const QFileInfo info(folder);
-    // The parent must exist: creating a whole missing path could recreate the folder under the empty
-    // mount point of a volume that is gone.
-    const int parent = ::open(encoded(info.absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (parent < 0) {
-        openError = folderUnavailable(info.absolutePath(), describeSystemError(errno));
+    handle = resolved;
+    folder = resolved.path();
+    if (!resolved.isOpen()) {
+        openError = resolved.error();
         return;
     }
-    const QByteArray leaf = encoded(info.fileName());
-    int error = 0;
-    if (::mkdirat(parent, leaf.constData(), 0777) != 0 && errno != EEXIST)
-        error = errno;
-    if (!error) {
-        descriptor = ::openat(parent, leaf.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        error = descriptor < 0 ? errno : 0;
-    }
-    ::close(parent);
+    descriptor = resolved.descriptor();
     struct stat status {};
-    if (!error && ::fstat(descriptor, &status) != 0)
-        error = errno;
-    if (error) {
-        openError = QStringLiteral("The folder “%1” couldn’t be created or opened: %2")
-                        .arg(info.fileName(), describeSystemError(error));
+    if (::fstat(descriptor, &status) != 0) {
+        openError = QStringLiteral("The folder “%1” couldn’t be opened: %2").arg(folder, describeSystemError(errno));
         return;
     }
     device = status.st_dev;
@@ -157,6 +163,11 @@ void PlaylistWriteBatch::Platform::renameGroup(const QList<File *> &group) const
     QList<int> held;
     QList<File *> renamed;
     for (File *file : group) {
+        if (stopRequested()) { // renames already done stay, and are flushed below
+            file->error = PlaylistWriteBatch::interruptedReason();
+            removeTemporary(*file);
+            continue;
+        }
         if (const std::optional<QString> gone = checkStillInPlace()) { // unmounted while renaming
             file->error = *gone;
             removeTemporary(*file);
@@ -185,8 +196,15 @@ void PlaylistWriteBatch::Platform::renameGroup(const QList<File *> &group) const
         ::close(replaced);
 }
 
-PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder) : m_platform(std::make_unique<Platform>())
+PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder, const std::atomic<bool> *stop)
+    : PlaylistWriteBatch(resolvedDestination(folder), stop)
 {
+}
+
+PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop)
+    : m_platform(std::make_unique<Platform>())
+{
+    m_platform->stop = stop;
     m_platform->open(folder);
 }
 
@@ -194,8 +212,29 @@ PlaylistWriteBatch::~PlaylistWriteBatch()
 {
     for (Platform::File &file : m_platform->files)
         m_platform->removeTemporary(file);
-    if (m_platform->descriptor >= 0)
-        ::close(m_platform->descriptor);
+}
+
+QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind)
+{
+    QStringList found;
+    if (!folder.isOpen())
+        return found;
+    const int listing = ::openat(folder.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR *entries = listing >= 0 ? ::fdopendir(listing) : nullptr;
+    if (!entries) {
+        if (listing >= 0)
+            ::close(listing);
+        return found;
+    }
+    while (const dirent *entry = ::readdir(entries)) {
+        const QString name = QFile::decodeName(entry->d_name);
+        if (!isTemporaryFileName(name) || folder.entryKind(name) != DeviceFolder::EntryKind::file)
+            continue;
+        if (onlyFind || ::unlinkat(folder.descriptor(), entry->d_name, 0) == 0)
+            found.append(name);
+    }
+    ::closedir(entries);
+    return found;
 }
 
 PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath, const QByteArray &bytes)
@@ -203,6 +242,8 @@ PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath
     Platform &p = *m_platform;
     const qsizetype handle = p.files.size();
     Platform::File &file = p.files.emplaceBack(Platform::File{relativePath, {}, p.openError});
+    if (!file.error && p.stopRequested())
+        file.error = interruptedReason();
     if (!file.error)
         file.error = p.checkStillInPlace();
     if (file.error)
@@ -213,7 +254,7 @@ PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath
     int attempt = 0;
     do { // a fresh random name until one is free
         file.temporaryPath =
-            folderPart + QStringLiteral(".kestrune-") + QString::number(QRandomGenerator::global()->generate());
+            folderPart + temporaryPrefix + QString::number(QRandomGenerator::global()->generate());
         descriptor = ::openat(p.descriptor, encoded(file.temporaryPath).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EEXIST && ++attempt < 16);
@@ -254,7 +295,9 @@ QList<std::optional<QString>> PlaylistWriteBatch::commit()
     };
     const bool anyStaged =
         std::any_of(p.files.cbegin(), p.files.cend(), [](const Platform::File &file) { return !file.error; });
-    if (anyStaged) {
+    if (anyStaged && p.stopRequested())
+        failAll(interruptedReason());
+    if (anyStaged && !p.stopRequested()) {
         // The data first: a file renamed over its target before its bytes are on the device can point at
         // clusters that were never written, and a check of the disk then cuts it to nothing.
         if (const int error = p.flushVolume())
@@ -286,23 +329,41 @@ QList<std::optional<QString>> PlaylistWriteBatch::commit()
 struct PlaylistWriteBatch::Platform {
     QString folder;
     std::optional<QString> openError;
+    const std::atomic<bool> *stop = nullptr;
     QList<std::optional<QString>> answers;
 };
 
-PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder) : m_platform(std::make_unique<Platform>())
+PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder, const std::atomic<bool> *stop)
+    : PlaylistWriteBatch(resolvedDestination(folder), stop)
 {
-    m_platform->folder = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
-    const QFileInfo info(m_platform->folder);
-    if (!info.isDir() && !QDir(info.absolutePath()).mkdir(info.fileName()))
-        m_platform->openError = folderUnavailable(m_platform->folder, QStringLiteral("it cannot be created."));
+}
+
+PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop)
+    : m_platform(std::make_unique<Platform>())
+{
+    m_platform->folder = folder.path();
+    m_platform->openError = folder.error();
+    m_platform->stop = stop;
 }
 
 PlaylistWriteBatch::~PlaylistWriteBatch() = default;
+
+QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind)
+{
+    QStringList found;
+    for (const QString &name : QDir(folder.path()).entryList(QDir::Files | QDir::Hidden)) {
+        if (isTemporaryFileName(name) && (onlyFind || QFile::remove(folder.path() + u'/' + name)))
+            found.append(name);
+    }
+    return found;
+}
 
 PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath, const QByteArray &bytes)
 {
     Platform &p = *m_platform;
     std::optional<QString> error = p.openError;
+    if (!error && p.stop && p.stop->load())
+        error = interruptedReason();
     if (!error) {
         QSaveFile file(p.folder + u'/' + relativePath);
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {

@@ -16,6 +16,7 @@ struct RockboxFileItem {
     QUrl fileURL;
     std::optional<qint64> sizeBytes;
     std::optional<QDateTime> modificationDate;
+    QByteArray nameBytes; // the name's bytes when they are not valid UTF-8 (`name` then shows them as "\xNN")
 
     bool operator==(const RockboxFileItem &) const = default;
 
@@ -25,7 +26,7 @@ struct RockboxFileItem {
 inline size_t qHash(const RockboxFileItem &item, size_t seed = 0) noexcept
 {
     return qHashMulti(seed, item.name, item.baseName, item.fileURL, item.sizeBytes.value_or(-1),
-                      item.modificationDate ? item.modificationDate->toMSecsSinceEpoch() : qint64(-1));
+                      item.modificationDate ? item.modificationDate->toMSecsSinceEpoch() : qint64(-1), item.nameBytes);
 }
 
 } // namespace kestrune

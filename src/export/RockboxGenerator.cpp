@@ -4,6 +4,7 @@
 #include "PlaylistWriteBatch.h"
 #include "M3UContent.h"
 #include "PlaylistFolder.h"
+#include "WriteScope.h"
 #include "core/FileSystemError.h"
 
 #include <QDir>
@@ -75,6 +76,19 @@ QString RockboxGenerator::playlistFilename(const Playlist &playlist, const Conve
     return baseName + u'.' + extension;
 }
 
+QStringList RockboxGenerator::playlistFilenames(const QList<Playlist> &playlists, const ConversionOptions &options)
+{
+    const QString extension = options.useM3U8Extension ? QStringLiteral(".m3u8") : QStringLiteral(".m3u");
+    QStringList baseNames;
+    baseNames.reserve(playlists.size());
+    for (const Playlist &playlist : playlists)
+        baseNames.append(options.sanitizeFilenames ? sanitizeFilename(playlist.name) : playlist.name);
+    QStringList names = distinctBaseNames(baseNames, options.sanitizeFilenames);
+    for (QString &name : names)
+        name += extension;
+    return names;
+}
+
 ExportItemResult RockboxGenerator::exportPlaylist(const Playlist &playlist, const QUrl &playlistsBaseFolder,
                                                   const ConversionOptions &options) const
 {
@@ -86,20 +100,41 @@ QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> 
                                                           const ConversionOptions &options,
                                                           const RunProgress &written) const
 {
-    const QString folder = playlistsBaseFolder.toLocalFile();
-    PlaylistWriteBatch batch(folder);
+    const WriteScope scope = writeScopeFor(playlistsBaseFolder.toLocalFile(), true);
+    return exportPlaylists(playlists, scope.destination(true), options, written, nullptr);
+}
+
+QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> &playlists,
+                                                          const DeviceFolder &destination,
+                                                          const ConversionOptions &options,
+                                                          const RunProgress &written,
+                                                          const std::atomic<bool> *stop,
+                                                          const QStringList &givenFilenames) const
+{
+    const QString folder = destination.path();
+    PlaylistWriteBatch batch(destination, stop);
+    Q_ASSERT(givenFilenames.isEmpty() || givenFilenames.size() == playlists.size());
+    const QStringList filenames = givenFilenames.isEmpty() ? playlistFilenames(playlists, options) : givenFilenames;
+    const std::optional<QString> badPrefix = controlCharacterInPrefix(options.customPathPrefix);
     QList<ExportItemResult> results;
     QList<qsizetype> handles; // the batch's handle of each result, -1 when nothing was staged
     for (const Playlist &playlist : playlists) {
-        const QString filename = playlistFilename(playlist, options);
+        const QString &filename = filenames.at(results.size());
+        const QString intended = playlistFilename(playlist, options);
         ExportItemResult &result = results.emplaceBack(
             ExportItemResult{.playlistName = playlist.name,
                              .filename = filename,
                              .fileURL = QUrl::fromLocalFile(folder + u'/' + filename),
                              .trackCount = int(playlist.tracks.size()),
-                             .isUpdate = playlist.existingRockboxFile.has_value()});
+                             .isUpdate = playlist.existingRockboxFile.has_value(),
+                             .intendedFilename = intended != filename ? std::optional(intended) : std::nullopt});
         handles.append(-1);
-        result.errorMessage = refusedName(playlist.name, folder, options);
+        if (badPrefix)
+            result.errorMessage = QStringLiteral("Il prefisso dei percorsi contiene il carattere di controllo %1, "
+                                                 "che spezzerebbe ogni voce della playlist.")
+                                      .arg(*badPrefix);
+        if (!result.errorMessage)
+            result.errorMessage = refusedName(playlist.name, folder, options);
         std::optional<QByteArray> bytes;
         if (!result.errorMessage) {
             bytes = encodedStrictly(generateM3UContent(playlist, options));
@@ -136,23 +171,23 @@ QList<ExistingRockboxFile> RockboxGenerator::scanExistingPlaylists(const QUrl &p
 
 void RockboxGenerator::deleteItem(const QUrl &fileURL) const
 {
-    const QString path = fileURL.toLocalFile();
-    const QFileInfo entry(path);
-    if (entry.isDir() && !entry.isSymLink()) {
-        if (!QDir(path).removeRecursively()) {
-            throw FileSystemError{
-                path, QStringLiteral("The folder “%1” couldn’t be removed.").arg(entry.fileName())};
-        }
+    const QFileInfo entry(fileURL.toLocalFile());
+    deleteItem(writeScopeFor(entry.absolutePath(), false).destination(false), entry.fileName());
+}
+
+void RockboxGenerator::deleteItem(const DeviceFolder &folder, const QString &name) const
+{
+    const QString path = folder.path() + u'/' + name;
+    if (!folder.isOpen())
+        throw FileSystemError{path, *folder.error()};
+    if (folder.entryKind(name) == DeviceFolder::EntryKind::folder) {
+        const DeviceFolder inner = folder.openFolder(name);
+        if (!inner.isOpen() || !QDir(inner.path()).removeRecursively())
+            throw FileSystemError{path, QStringLiteral("The folder “%1” couldn’t be removed.").arg(name)};
         return;
     }
-    QFile file(path);
-    if (!file.remove()) {
-        const QString reason = entry.exists() || entry.isSymLink()
-                                   ? file.errorString()
-                                   : QStringLiteral("No such file or directory");
-        throw FileSystemError{path,
-                              QStringLiteral("“%1” couldn’t be removed: %2").arg(entry.fileName(), reason)};
-    }
+    if (const std::optional<QString> reason = folder.removeFile(name))
+        throw FileSystemError{path, QStringLiteral("“%1” couldn’t be removed: %2").arg(name, *reason)};
 }
 
 int RockboxGenerator::cleanDotFiles(const QUrl &root) const
@@ -163,6 +198,11 @@ int RockboxGenerator::cleanDotFiles(const QUrl &root) const
 DotFileCleaner::Report RockboxGenerator::cleanDotFileTree(const QUrl &root) const
 {
     return m_cleaner.clean(root.toLocalFile());
+}
+
+DotFileCleaner::Report RockboxGenerator::cleanDotFileTree(const DeviceFolder &root) const
+{
+    return m_cleaner.clean(root);
 }
 
 } // namespace kestrune

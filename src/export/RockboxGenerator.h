@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ConversionOptions.h"
+#include "DeviceFolder.h"
 #include "DotFileCleaner.h"
 #include "ExportItemResult.h"
 #include "RockboxFileItem.h"
@@ -10,6 +11,7 @@
 #include <QList>
 #include <QUrl>
 
+#include <atomic>
 #include <functional>
 
 namespace kestrune {
@@ -32,6 +34,10 @@ public:
 
     // The file name an export writes: the (optionally sanitised) name, ".", and "m3u8" or "m3u".
     [[nodiscard]] static QString playlistFilename(const Playlist &playlist, const ConversionOptions &options);
+    // The file names of playlists exported together, in their order: playlistFilename(), made distinct
+    // where two would be one file on the player's case-blind volume (see distinctBaseNames).
+    [[nodiscard]] static QStringList playlistFilenames(const QList<Playlist> &playlists,
+                                                       const ConversionOptions &options);
 
     // Writes the playlist into the folder atomically and durably, replacing a file of the same name.
     // Never throws: every failure is a result with isSuccess false and the reason.
@@ -46,17 +52,30 @@ public:
                                                           const QUrl &playlistsBaseFolder,
                                                           const ConversionOptions &options,
                                                           const RunProgress &written = {}) const;
+    // The same into a folder the caller resolved from the root it holds locked. When `stop` turns true
+    // the files not yet renamed into place are abandoned, their old files left as they were. `filenames`,
+    // when given, are the names playlistFilenames() gave a larger set these playlists were chosen from.
+    [[nodiscard]] QList<ExportItemResult> exportPlaylists(const QList<Playlist> &playlists,
+                                                          const DeviceFolder &destination,
+                                                          const ConversionOptions &options,
+                                                          const RunProgress &written,
+                                                          const std::atomic<bool> *stop,
+                                                          const QStringList &filenames = {}) const;
 
     [[nodiscard]] QList<RockboxFileItem> listPlaylists(const QUrl &playlistsBaseURL) const;
     [[nodiscard]] QList<ExistingRockboxFile> scanExistingPlaylists(const QUrl &playlistsBaseURL) const;
 
-    // Removes the file, or the folder with its contents. Throws FileSystemError with the system's text.
+    // Removes the file, or the folder with its contents, never through a link and never another mount.
+    // Throws FileSystemError with the system's text.
     void deleteItem(const QUrl &fileURL) const;
+    // The same for a file directly in a folder resolved by the caller.
+    void deleteItem(const DeviceFolder &folder, const QString &name) const;
 
     // Removes dot files below the folder, when it lies on an iPod; returns how many items this pass
     // removed. cleanDotFileTree() tells the whole story.
     int cleanDotFiles(const QUrl &root) const;
     [[nodiscard]] DotFileCleaner::Report cleanDotFileTree(const QUrl &root) const;
+    [[nodiscard]] DotFileCleaner::Report cleanDotFileTree(const DeviceFolder &root) const;
 
 private:
     DotFileCleaner m_cleaner;

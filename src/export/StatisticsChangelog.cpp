@@ -187,12 +187,25 @@ std::optional<QString> changelogPath(const QString &deviceRoot)
 std::optional<QString> writeStatisticsChangelog(const QString &deviceRoot, const QByteArray &text,
                                                 bool replace)
 {
-    const std::optional<QString> path = changelogPath(deviceRoot);
+    return writeStatisticsChangelog(DeviceFolder::open(deviceRoot), text, replace);
+}
+
+std::optional<QString> writeStatisticsChangelog(const DeviceFolder &deviceRoot, const QByteArray &text, bool replace)
+{
+    if (!deviceRoot.isOpen())
+        return deviceRoot.error();
+    const std::optional<QString> path = changelogPath(deviceRoot.path());
     if (!path)
         return QStringLiteral("the device has no .rockbox folder: install Rockbox on it first");
-    if (!replace && QFileInfo::exists(*path))
+    // The folder as the device spells it, reached from the root without following a link.
+    const DeviceFolder rockbox =
+        deviceRoot.openFolder(QFileInfo(*path).absolutePath().mid(deviceRoot.path().size() + 1), false);
+    if (!rockbox.isOpen())
+        return rockbox.error();
+    if (!replace && rockbox.entryKind(changelogFileName) != DeviceFolder::EntryKind::missing)
         return QStringLiteral("%1 already exists (Rockbox writes it on \"Export Modifications\")").arg(*path);
-    PlaylistWriteBatch batch(QFileInfo(*path).absolutePath());
+    PlaylistWriteBatch::sweepStaleTemporaryFiles(rockbox);
+    PlaylistWriteBatch batch(rockbox);
     const PlaylistWriteBatch::Staged staged = batch.stage(changelogFileName, text);
     if (staged.error)
         return staged.error;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DeviceFileIndex.h"
+#include "DeviceFolder.h"
 #include "core/Track.h"
 
 #include <QByteArray>
@@ -51,6 +52,10 @@ inline constexpr QLatin1StringView changelogFileName("database_changelog.txt");
 // Refuses, with the reason, when the device has no Rockbox folder or, unless `replace`, already holds a
 // changelog (Rockbox writes one itself on "Export Modifications"). Gives the reason of a failure.
 [[nodiscard]] std::optional<QString> writeStatisticsChangelog(const QString &deviceRoot,
+                                                              const QByteArray &text, bool replace);
+// The same below a root the caller holds locked (DeviceLock): the Rockbox folder is reached from it
+// without following a link, and temporary files a dead run left there go first.
+[[nodiscard]] std::optional<QString> writeStatisticsChangelog(const DeviceFolder &deviceRoot,
                                                               const QByteArray &text, bool replace);
 
 // Where the changelog goes on the device, in its Rockbox folder however the device spells that

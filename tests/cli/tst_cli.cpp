@@ -265,7 +265,7 @@ private Q_SLOTS:
         IPod ipod;
         const QJsonObject item = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray()[0].toObject();
         QVERIFY(item["name"] == "rock_ live.m3u" && item["sizeBytes"] == 4);
-        QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot file(s) removed from " + ipod.root().toUtf8() + "\n");
+        QCOMPARE(cli({"clean", ipod.root()}).out, "2 dot files removed from " + ipod.root().toUtf8() + "\n");
 
         writeFile(ipod.path(".rockbox/rockbox-info.txt"), "Target: ipod6g\n");
         QTemporaryDir volumes;

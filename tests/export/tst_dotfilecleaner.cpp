@@ -108,41 +108,56 @@ private Q_SLOTS:
         QCOMPARE(snapshotTree(outside.path()), untouched);
     }
 
-    void otherVolumesAreNotEntered()
+    // A mount inside the tree is neither entered, emptied nor removed, whatever its name; a bind mount of a
+    // folder of the same disk keeps the disk's device number, so only the mount table tells it.
+    void otherMountsAreLeftAlone_data()
     {
-        QTemporaryDir tmp;
+        QTest::addColumn<QString>("mountPoint");
+        QTest::addColumn<QStringList>("how");
+        QTest::addRow("tmpfs under a dot folder") << ".mounted" << QStringList{"-t", "tmpfs", "tmpfs"};
+        QTest::addRow("tmpfs in a playlists sub-folder") << "Playlists/mounted" << QStringList{"-t", "tmpfs", "tmpfs"};
+        QTest::addRow("bind mount of the same disk") << "Playlists/bound" << QStringList{"--bind", "@secrets"};
+        QTest::addRow("bind mount on a dot folder") << ".bound" << QStringList{"--bind", "@secrets"};
+    }
+
+    void otherMountsAreLeftAlone()
+    {
+        QFETCH(QString, mountPoint);
+        QFETCH(QStringList, how);
+        QTemporaryDir tmp, home;
         QDir().mkpath(tmp.filePath("iPod_Control"));
-        for (const char *mountPoint : {"Playlists/mounted", ".mounted"}) {
-            QDir().mkpath(tmp.filePath(QLatin1StringView(mountPoint)));
-            if (!run("mount", {"-t", "tmpfs", "tmpfs", tmp.filePath(QLatin1StringView(mountPoint))}))
-                QSKIP("needs the right to mount a tmpfs (root on Linux); this machine refused");
-            writeFile(tmp.filePath(QLatin1StringView(mountPoint)) + "/._theirs", "another volume's");
-        }
-        const auto unmount = qScopeGuard([&] {
-            run("umount", {tmp.filePath("Playlists/mounted")});
-            run("umount", {tmp.filePath(".mounted")});
-        });
+        QDir().mkpath(tmp.filePath(mountPoint));
+        writeFile(home.filePath(".env"), "theirs");
+        if (!run("mount", how.replaceInStrings("@secrets", home.path()) << tmp.filePath(mountPoint)))
+            QSKIP("needs the right to mount (root on Linux); this machine refused");
+        const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath(mountPoint)}); });
+        writeFile(tmp.filePath(mountPoint + "/.git-credentials"), "theirs");
         writeFile(tmp.filePath("Playlists/._ours"), "junk");
-        QCOMPARE(cleaner.clean(tmp.path()).removed, 1);
-        QVERIFY(QFileInfo::exists(tmp.filePath("Playlists/mounted/._theirs")));
-        QVERIFY(QFileInfo::exists(tmp.filePath(".mounted/._theirs")));
+        const QMap<QString, QByteArray> theirs = snapshotTree(tmp.filePath(mountPoint));
+
+        const DotFileCleaner::Report report = cleaner.clean(tmp.path());
+        QCOMPARE(report.removed, 1);
+        QCOMPARE(report.skippedMounts, QStringList{QFileInfo(tmp.filePath(mountPoint)).canonicalFilePath()});
+        QCOMPARE(snapshotTree(tmp.filePath(mountPoint)), theirs);
+        QVERIFY(QFileInfo::exists(home.filePath(".env")));
     }
 
-    void failedRemovalsAreCounted()
+    void failuresAreNamedWithTheirReason()
     {
         QTemporaryDir tmp;
-        QDir().mkpath(tmp.filePath("iPod_Control"));
-        writeFile(tmp.filePath("Locked/._a"), "junk");
-        writeFile(tmp.filePath("Locked/._b"), "junk");
-        writeFile(tmp.filePath("._c"), "junk");
-        // A read-only bind mount keeps the volume's device number, so the walk enters it and fails there.
-        if (!run("mount", {"--bind", tmp.filePath("Locked"), tmp.filePath("Locked")}))
-            QSKIP("needs the right to bind-mount (root on Linux); this machine refused");
-        const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath("Locked")}); });
-        QVERIFY(run("mount", {"-o", "remount,ro,bind", tmp.filePath("Locked")}));
-        QCOMPARE(cleaner.clean(tmp.path()), (DotFileCleaner::Report{.removed = 1, .failed = 2}));
+        QDir().mkpath(tmp.filePath("ipod"));
+        if (!run("mount", {"-t", "tmpfs", "tmpfs", tmp.filePath("ipod")}))
+            QSKIP("needs the right to mount a tmpfs (root on Linux); this machine refused");
+        const auto unmount = qScopeGuard([&] { run("umount", {tmp.filePath("ipod")}); });
+        writeFile(tmp.filePath("ipod/iPod_Control/iTunes/iTunesDB"), "db");
+        writeFile(tmp.filePath("ipod/Playlists/._a"), "junk");
+        writeFile(tmp.filePath("ipod/.Trashes/x"), "junk");
+        QVERIFY(run("mount", {"-o", "remount,ro", tmp.filePath("ipod")})); // a volume that refuses removals
+        const QString root = QFileInfo(tmp.filePath("ipod")).canonicalFilePath();
+        const QString readOnly = QStringLiteral("The device is read-only (read-only file system).");
+        QCOMPARE(cleaner.clean(tmp.filePath("ipod")).failures,
+                 (QList<DotFileCleaner::Failure>{{root + "/.Trashes/x", readOnly}, {root + "/Playlists/._a", readOnly}}));
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestDotFileCleaner)
