@@ -9,6 +9,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cstdio>
+#include <unistd.h>
+
 using namespace kestrune::testing;
 using namespace kestrune::dbwriter;
 
@@ -22,10 +25,13 @@ struct Run {
     [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(out).object(); }
 };
 
-Run cli(const QStringList &arguments)
+Run cli(const QStringList &arguments, const QStringList &prefix = {})
 {
     QProcess process;
-    process.start(QStringLiteral(KESTRUNE_CLI_PATH), arguments);
+    if (prefix.isEmpty())
+        process.start(QStringLiteral(KESTRUNE_CLI_PATH), arguments);
+    else // another program starts the tool: a shell, or setpriv
+        process.start(prefix.first(), prefix.mid(1) + QStringList{KESTRUNE_CLI_PATH} + arguments);
     if (!process.waitForFinished(30000))
         qFatal("kestrune-cli did not finish");
     return Run{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
@@ -278,6 +284,107 @@ private Q_SLOTS:
                                              "playlistsFolder", "rockboxTarget", "totalDiskSpace"}));
         QCOMPARE(device["rockboxTarget"].toString(), "ipod6g");
         QCOMPARE(device["playlistLimit"].toInt(), 10000);
+    }
+
+    // A hostile or unlucky tree: nothing outside the device changes, and the run says why it refused.
+    void hostileTrees_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("message");
+        QTest::addRow("clean: a linked iPod_Control") << "link @outside/iPod_Control @root/iPod_Control" << QStringList{"clean", "@outside"}
+                                                     << 2 << QByteArray("@outside/iPod_Control' is a symbolic link");
+        QTest::addRow("convert --dest: a linked iPod_Control")
+            << "link @outside/iPod_Control @root/iPod_Control" << QStringList{"convert", "@root", "--dest", "@outside"} << 2
+            << QByteArray("@outside/iPod_Control' is a symbolic link");
+        QTest::addRow("convert: a linked Playlists") << "replace @root/Playlists @outside" << QStringList{"convert", "@root"} << 1
+                                                    << QByteArray("@root/Playlists” is a symbolic link");
+        QTest::addRow("stats --write: a linked .rockbox") << "link @root/.rockbox @outside" << QStringList{"stats", "@root", "--write"}
+                                                         << 1 << QByteArray("@root/.rockbox” is a symbolic link");
+        QTest::addRow("a prefix with a line feed") << "" << QStringList{"convert", "@root", "--prefix", "/a\nb"} << 2
+                                                   << QByteArray("--prefix holds the control character U+000A (line feed)");
+        QTest::addRow("another run holds the device") << "hold" << QStringList{"convert", "@root"} << 1
+                                                      << QByteArray("@root is busy: flock (pid ");
+        QTest::addRow("errors as JSON") << "hold" << QStringList{"convert", "@root", "--json"} << 1
+                                        << QByteArray("\"error\": \"convert: @root is busy: flock (pid ");
+    }
+
+    void hostileTrees()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, message);
+        IPod ipod;
+        QTemporaryDir outside;
+        writeFile(outside.filePath(".ssh/id"), "secret");
+        writeFile(outside.filePath("Rock_ Live.m3u8"), "not ours");
+        const QString root = ipod.root();
+        const auto expand = [&root, &outside](QString text) { return text.replace("@root", root).replace("@outside", outside.path()); };
+        const QStringList step = expand(setup).split(' ');
+        QProcess holder;
+        if (step.first() == "replace")
+            QVERIFY(QDir(step.at(1)).removeRecursively());
+        if (step.first() == "link" || step.first() == "replace")
+            QVERIFY(QFile::link(step.at(2), step.at(1)));
+        if (step.first() == "hold") { // another process holds the device's lock while this run starts
+            holder.start("flock", {ipod.root(), "-c", "echo held; sleep 5"});
+            QVERIFY(holder.waitForReadyRead(5000));
+        }
+        const QMap<QString, QByteArray> untouched = snapshotTree(outside.path());
+        const QMap<QString, QByteArray> before = snapshotTree(ipod.path("Playlists"));
+        qputenv("KESTRUNE_LOCK_WAIT_MS", "200");
+        const Run run = cli(arguments.replaceInStrings("@root", ipod.root()).replaceInStrings("@outside", outside.path()));
+        holder.kill();
+        holder.waitForFinished();
+        QTEST(run.exitCode, "status");
+        QVERIFY2((arguments.contains("--json") ? run.out : run.out + run.err).contains(expand(message).toUtf8()), run.err.constData());
+        QCOMPARE(snapshotTree(outside.path()), untouched);
+        if (!QFileInfo(ipod.path("Playlists")).isSymLink())
+            QCOMPARE(snapshotTree(ipod.path("Playlists")), before);
+    }
+
+    // Names that clash but for case, names that are not UTF-8, and paths the system will not show.
+    void namesAndPermissions()
+    {
+        IPod ipod(ITunesDBWriter()
+                      .addTrack(TrackItem::song(1, "A", {}, ":a.mp3"))
+                      .addPlaylist(PlaylistItem::of("Rock", {1}))
+                      .addPlaylist(PlaylistItem::of("ROCK", {1}))
+                      .build());
+        const Run converted = cli({"convert", ipod.root()});
+        QVERIFY2(converted.out.contains("  wrote   ROCK (2).m3u8 (1 track; not ROCK.m3u8, which another playlist's file is on "
+                                        "a case-blind device)"),
+                 converted.out.constData());
+        const Run listed = cli({"playlists", ipod.root()});
+        QVERIFY2(listed.out.contains("ROCK           1    3m 20s  -     ROCK (2).m3u8"), listed.out.constData());
+
+        // A name that is not UTF-8, made and handed over as bytes.
+        const QByteArray latin1 = QFile::encodeName(ipod.path("Playlists")) + "/caf\xe9.m3u8";
+        std::fclose(std::fopen(latin1.constData(), "w"));
+        const auto removeIt = qScopeGuard([&latin1] { std::remove(latin1.constData()); });
+        const QJsonArray files = cli({"files", ipod.path("Playlists"), "--json"}).json()["files"].toArray();
+        QCOMPARE(files[0].toObject()["name"].toString(), "caf\\xE9.m3u8");
+        QCOMPARE(files[0].toObject()["nameBytes"].toString(), "636166e92e6d337538");
+        QVERIFY(cli({"files", ipod.path("Playlists")}).out.contains("caf\\xE9.m3u8"));
+        const Run latin1Argument = cli({ipod.path("Playlists")}, {"sh", "-c", "exec \"$0\" playlists \"$1\"/caf*"});
+        QVERIFY2(latin1Argument.err.contains("/caf\\xE9.m3u8' is not valid UTF-8"), latin1Argument.err.constData());
+
+        // As root, without the capabilities that pass over file permissions; as anyone else, as it is.
+        const QStringList unprivileged = ::geteuid() != 0 ? QStringList{} : QStringList{
+            "setpriv", "--inh-caps=-all", "--bounding-set=-dac_override,-dac_read_search,-fowner", "--"};
+        writeFile(ipod.path("Playlists/Locked/._junk"), "junk");
+        QFile::setPermissions(ipod.path("Playlists/Locked"), QFile::ReadOwner | QFile::ExeOwner);
+        const Run clean = cli({"clean", ipod.root()}, unprivileged);
+        QFile::setPermissions(ipod.path("Playlists/Locked"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(clean.exitCode, 1);
+        QVERIFY2(clean.out.contains("could not remove " + ipod.path("Playlists/Locked/._junk").toUtf8() + ": Permission denied."),
+                 clean.out.constData());
+        QFile::setPermissions(ipod.path("iPod_Control"), {});
+        const Run unreadable = cli({"playlists", ipod.root()}, unprivileged);
+        QFile::setPermissions(ipod.path("iPod_Control"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(unreadable.exitCode, 2);
+        QVERIFY2(unreadable.err.contains("Permission denied: '" + ipod.path("iPod_Control").toUtf8()), unreadable.err.constData());
     }
 
     void usage_data()

@@ -1,4 +1,7 @@
+#include "core/FileSystemError.h"
 #include "export/RockboxGenerator.h"
+#include "export/StatisticsChangelog.h"
+#include "export/WriteScope.h"
 #include "support/TestFiles.h"
 
 #include <QRandomGenerator>
@@ -45,6 +48,56 @@ private Q_SLOTS:
                                                    ConversionOptions{.sanitizeFilenames = false}).isSuccess);
         QCOMPARE(QDir(outside.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"victim.txt"});
         QCOMPARE(readFile(victim), QByteArray("not ours"));
+    }
+
+    // A link on the device, wherever it stands on the way to what Kestrune writes or removes, is refused
+    // with a message naming it, and nothing happens where it points.
+    void linksOnTheWayAreRefused_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("operation");
+        QTest::addRow("Playlists, written to") << "Playlists" << "export";
+        QTest::addRow("Playlists, removed from") << "Playlists" << "delete";
+        QTest::addRow("Playlists, cleaned") << "Playlists" << "clean";
+        QTest::addRow(".rockbox, the changelog written to") << ".rockbox" << "changelog";
+        QTest::addRow("iPod_Control, lending a folder an iPod") << "iPod_Control" << "scope";
+    }
+
+    void linksOnTheWayAreRefused()
+    {
+        QFETCH(QString, link);
+        QFETCH(QString, operation);
+        QTemporaryDir outside, device;
+        writeFile(outside.filePath("Mix.m3u8"), "not ours");
+        writeFile(outside.filePath(".bashrc"), "not ours");
+        writeFile(outside.filePath("database_changelog.txt"), "not ours");
+        const QMap<QString, QByteArray> untouched = snapshotTree(outside.path());
+        if (link != "iPod_Control")
+            QDir().mkpath(device.filePath("iPod_Control"));
+        QVERIFY(QFile::link(outside.path(), device.filePath(link)));
+        const QString linkPath = QFileInfo(device.filePath(link)).absoluteFilePath();
+
+        QString refusal;
+        const RockboxGenerator generator{DotFileCleaner(QString())};
+        if (operation == "export") {
+            refusal = generator.exportPlaylist(playlistNamed("Mix"), QUrl::fromLocalFile(linkPath), {}).errorMessage.value_or("");
+        } else if (operation == "delete") {
+            try {
+                generator.deleteItem(QUrl::fromLocalFile(linkPath + "/Mix.m3u8"));
+            } catch (const FileSystemError &error) {
+                refusal = error.errorDescription;
+            }
+        } else if (operation == "clean") {
+            refusal = generator.cleanDotFileTree(QUrl::fromLocalFile(linkPath)).refused.value_or("");
+        } else if (operation == "changelog") {
+            refusal = writeStatisticsChangelog(device.path(), "changelog", true).value_or("");
+        } else {
+            refusal = writeScopeFor(device.path() + "/Playlists", true).root.error().value_or("");
+            QVERIFY(generator.cleanDotFileTree(QUrl::fromLocalFile(device.path())).skippedOutsideIPod);
+        }
+        QVERIFY2(refusal.contains(linkPath + "” is a symbolic link") || refusal.contains(linkPath + "' is a symbolic link"),
+                 qPrintable(refusal));
+        QCOMPARE(snapshotTree(outside.path()), untouched);
     }
 
     void randomNamesStayInside_data()

@@ -1,8 +1,13 @@
+#include "export/DeviceLock.h"
+#include "export/ExistingFileMatching.h"
+#include "export/M3UContent.h"
 #include "export/PlaylistFileName.h"
+#include "export/PlaylistWriteBatch.h"
 #include "export/RockboxGenerator.h"
 #include "export/SystemErrorText.h"
 #include "support/TestFiles.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -157,6 +162,113 @@ private Q_SLOTS:
         QCOMPARE(results.at(3).errorMessage, std::optional<QString>(describeSystemError(EISDIR)));
         QCOMPARE(entriesOf(dir.path()), (QStringList{"A.m3u8", "B.m3u8", "Blocked.m3u8"})); // no temporary file left
         QCOMPARE(readFile(dir.filePath("Blocked.m3u8/keep")), QByteArray("a folder in the way"));
+    }
+
+    // Names one file on the player's case-blind volume get distinct files, which matching then finds again.
+    void namesEqualButForCase_data()
+    {
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QStringList>("files");
+        QTest::addRow("case only") << QStringList{"Rock", "ROCK", "rock"} << QStringList{"Rock", "ROCK (2)", "rock (3)"};
+        QTest::addRow("a suffix never takes another playlist's own name")
+            << QStringList{"Rock", "rock", "Rock (2)"} << QStringList{"Rock", "rock (3)", "Rock (2)"};
+        QTest::addRow("beyond ASCII") << QStringList{"Été", "ÉTÉ"} << QStringList{"Été", "ÉTÉ (2)"};
+        QTest::addRow("canonically equivalent") << QStringList{QStringLiteral("Cafe\u0301"), QStringLiteral("caf\u00e9")}
+                                                << QStringList{QStringLiteral("Cafe\u0301"), QStringLiteral("caf\u00e9 (2)")};
+        QTest::addRow("equal once sanitised") << QStringList{"a:b", "A_B"} << QStringList{"a_b", "A_B (2)"};
+        QTest::addRow("different names untouched") << QStringList{"Rock", "Pop"} << QStringList{"Rock", "Pop"};
+        QTest::addRow("within the player's path limit") << QStringList{QString(300, u'x'), QString(300, u'X')}
+                                                        << QStringList{QString(243, u'x'), QString(239, u'X') + " (2)"};
+    }
+
+    void namesEqualButForCase()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(QStringList, files);
+        QList<Playlist> playlists;
+        for (const QString &name : names)
+            playlists.append(playlistNamed(name));
+        QTemporaryDir dir;
+        const QList<ExportItemResult> results =
+            RockboxGenerator().exportPlaylists(playlists, QUrl::fromLocalFile(dir.path()), {});
+        QStringList written, existing;
+        for (const ExportItemResult &result : results)
+            written.append(result.filename.chopped(5));
+        QCOMPARE(written, files);
+        QCOMPARE(entriesOf(dir.path()).size(), names.size());
+        attachExistingFiles(playlists, RockboxGenerator().scanExistingPlaylists(QUrl::fromLocalFile(dir.path())));
+        for (const Playlist &playlist : std::as_const(playlists))
+            existing.append(playlist.existingRockboxFile ? playlist.existingRockboxFile->baseName : QString());
+        QCOMPARE(existing, files);
+    }
+
+    void prefixWithAControlCharacter_data()
+    {
+        QTest::addColumn<QString>("prefix");
+        QTest::addColumn<QString>("character"); // empty: the prefix is fine
+        QTest::addRow("line feed") << "/mnt\nipod" << "U+000A (line feed)";
+        QTest::addRow("carriage return") << "/mnt\r" << "U+000D (carriage return)";
+        QTest::addRow("tab") << "\t/mnt" << "U+0009 (tab)";
+        QTest::addRow("DEL") << "/mnt\x7f" << "U+007F (delete)";
+        QTest::addRow("another control character") << QString("/mnt") + QChar(1) << "U+0001 (a control character)";
+        QTest::addRow("blanks and accents are fine") << "/Volumes/iPod di Lucía/" << "";
+    }
+
+    void prefixWithAControlCharacter()
+    {
+        QFETCH(QString, prefix);
+        QFETCH(QString, character);
+        QCOMPARE(controlCharacterInPrefix(prefix).value_or(QString()), character);
+        QTemporaryDir dir;
+        const ExportItemResult result = RockboxGenerator().exportPlaylist(
+            playlistNamed("Mix"), QUrl::fromLocalFile(dir.path()), ConversionOptions{.customPathPrefix = prefix});
+        QCOMPARE(result.isSuccess, character.isEmpty());
+        QCOMPARE(entriesOf(dir.path()).size(), character.isEmpty() ? 1 : 0);
+    }
+
+    // A stop abandons every file not yet renamed into place: old files stay, no temporary file remains.
+    void stopAbandonsWhatIsNotInPlace()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("A.m3u8"), "old A");
+        std::atomic<bool> stop{false};
+        const QList<ExportItemResult> results = RockboxGenerator().exportPlaylists(
+            {playlistNamed("A"), playlistNamed("B"), playlistNamed("C")}, DeviceFolder::open(dir.path()), {},
+            [&stop](qsizetype written) { stop = stop || written == 2; }, &stop);
+        for (const ExportItemResult &result : results)
+            QCOMPARE(result.errorMessage, std::optional(PlaylistWriteBatch::interruptedReason()));
+        QCOMPARE(entriesOf(dir.path()), QStringList{"A.m3u8"});
+        QCOMPARE(readFile(dir.filePath("A.m3u8")), QByteArray("old A"));
+    }
+
+    void staleTemporaryFilesAreSwept()
+    {
+        QTemporaryDir dir;
+        for (const char *name : {".kestrune-123", ".kestrune-9", ".kestrune-12a", ".kestrune-", "kestrune-5", ".DS_Store"})
+            writeFile(dir.filePath(QLatin1StringView(name)), "x");
+        QDir(dir.path()).mkdir(".kestrune-77");
+        const DeviceFolder folder = DeviceFolder::open(dir.path());
+        QCOMPARE(PlaylistWriteBatch::sweepStaleTemporaryFiles(folder, true).size(), 2); // a dry run only finds
+        QCOMPARE(entriesOf(dir.path()).size(), 7);
+        QStringList swept = PlaylistWriteBatch::sweepStaleTemporaryFiles(folder);
+        swept.sort();
+        QCOMPARE(swept, (QStringList{".kestrune-123", ".kestrune-9"}));
+        QCOMPARE(entriesOf(dir.path()), (QStringList{".DS_Store", ".kestrune-", ".kestrune-12a", ".kestrune-77", "kestrune-5"}));
+    }
+
+    void oneRunPerDevice()
+    {
+        QTemporaryDir dir;
+        std::variant<DeviceLock, QString> first = DeviceLock::acquire(DeviceFolder::open(dir.path()), std::chrono::milliseconds(0));
+        QVERIFY(std::holds_alternative<DeviceLock>(first));
+        QStringList told;
+        const std::variant<DeviceLock, QString> second = DeviceLock::acquire(
+            DeviceFolder::open(dir.path()), std::chrono::milliseconds(120), [&told](const QString &holder) { told << holder; });
+        const QString holder = QStringLiteral("tst_playlistexport (pid %1)").arg(QCoreApplication::applicationPid());
+        QCOMPARE(told, QStringList{holder});
+        QCOMPARE(std::get<QString>(second), dir.path() + " is busy: " + holder);
+        first = QString(); // let go
+        QVERIFY(std::holds_alternative<DeviceLock>(DeviceLock::acquire(DeviceFolder::open(dir.path()), std::chrono::milliseconds(0))));
     }
 
     void causesInWords_data()

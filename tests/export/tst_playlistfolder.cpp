@@ -1,9 +1,11 @@
 #include "core/FileSystemError.h"
 #include "export/ExistingFileMatching.h"
+#include "export/FileNameText.h"
 #include "export/RockboxGenerator.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
+#include <cstdio>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -114,6 +116,34 @@ private Q_SLOTS:
     {
         QFETCH(QString, file);
         QTEST(belongsToAny(existing({file}).first(), playlistMatchKeys({"Pop", "Rock: Live"})), "belongs");
+    }
+
+    // A name that is not UTF-8 is listed with each stray byte as "\xNN", and keeps its bytes.
+    void namesThatAreNotUtf8_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("shown");
+        QTest::addRow("Latin-1 byte") << QByteArray("caf\xe9.m3u8") << "caf\\xE9.m3u8";
+        QTest::addRow("overlong slash") << QByteArray("a\xc0\xaf.m3u") << "a\\xC0\\xAF.m3u";
+        QTest::addRow("encoded surrogate") << QByteArray("\xed\xa0\x80.m3u8") << "\\xED\\xA0\\x80.m3u8";
+        QTest::addRow("cut sequence") << QByteArray("\xe2\x98.m3u8") << "\\xE2\\x98.m3u8";
+        QTest::addRow("valid UTF-8 as it is") << QByteArray("Caff\xc3\xa8 \xe2\x98\x95.m3u8") << "Caffè ☕.m3u8";
+    }
+
+    void namesThatAreNotUtf8()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, shown);
+        QTemporaryDir tmp;
+        const QByteArray path = QFile::encodeName(tmp.path()) + '/' + bytes;
+        FILE *made = std::fopen(path.constData(), "w");
+        QVERIFY(made);
+        std::fclose(made);
+        const auto removeIt = qScopeGuard([&path] { std::remove(path.constData()); }); // Qt's own removal cannot name it
+        const QList<RockboxFileItem> items = RockboxGenerator().listPlaylists(QUrl::fromLocalFile(tmp.path()));
+        QCOMPARE(items.size(), 1);
+        QCOMPARE(items.first().name, shown);
+        QCOMPARE(items.first().nameBytes, isValidUtf8(bytes) ? QByteArray() : bytes);
     }
 
     void deleteItem()
