@@ -30,7 +30,7 @@ const std::array<CommandHelp, 8> commands{{
      "  --include-master    also export the master playlist\n"
      "  --m3u               use the .m3u extension instead of .m3u8\n"
      "  --no-extinf         write bare paths, without #EXTINF lines\n"
-     "  --prefix TEXT       put TEXT in front of every track path\n"
+     "  --prefix TEXT       put TEXT in front of every track path (no control characters)\n"
      "  --no-sanitize       keep the names as they are (control characters are still refused)\n"
      "  --no-clean          leave macOS dot files in place afterwards\n"
      "  --force             overwrite existing playlists even from a database that looks truncated\n"
@@ -68,7 +68,9 @@ const char *const preamble = "Usage: kestrune-cli COMMAND [ARGS]\n\n"
                              "iTunesSD), or a database file.\n";
 
 const char *const exitStatus =
-    "Exit status: 0 success, 1 something failed (a playlist, a removal), 2 usage error or unreadable database.\n";
+    "Exit status: 0 success, 1 something failed (a playlist, a removal) or the device is busy with another\n"
+    "run, 2 usage error or unreadable database, 128 + N when signal N (Ctrl+C: 130) stopped a run; what was\n"
+    "not yet in place is then left as it was. With --json, errors are JSON objects on standard output.\n";
 
 } // namespace
 

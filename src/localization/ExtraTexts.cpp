@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 25> texts{{
+const std::array<Text, 26> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -67,6 +67,10 @@ const std::array<Text, 25> texts{{
     {"statisticsFailed", "The changelog could not be written: %2", "Impossibile scrivere il changelog: %2"},
     {"statisticsCopy", "Copy", "Copia"},
     {"statisticsCancel", "Cancel", "Annulla"},
+    {"prefixControlCharacter",
+     "The prefix holds the control character %2, which would break every entry: the export cannot start.",
+     "Il prefisso contiene il carattere di controllo %2, che spezzerebbe ogni voce: l'esportazione non può "
+     "partire."},
 }};
 
 } // namespace

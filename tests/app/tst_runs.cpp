@@ -1,5 +1,7 @@
 #include "AppFixture.h"
 
+#include "export/DeviceLock.h"
+
 #include <QAbstractItemModelTester>
 
 using namespace kestrune;
@@ -58,16 +60,39 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(root + "/Playlists/._junk"));
     }
 
-    void nothingTickedIsRefused()
+    // A run that cannot start says why, writes nothing and raises no success.
+    void runsThatCannotStart_data()
     {
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("message");
+        QTest::addRow("nothing ticked") << "untick" << "Seleziona almeno una playlist da convertire.";
+        QTest::addRow("a prefix with a line feed") << "prefix" << "carattere di controllo U+000A (line feed)";
+        QTest::addRow("another run holds the device") << "lock" << " is busy: tst_runs (pid ";
+    }
+
+    void runsThatCannotStart()
+    {
+        QFETCH(QString, obstacle);
+        QFETCH(QString, message);
         AppFixture fixture;
-        fixture.addIPod("IPOD");
+        const QString root = fixture.addIPod("IPOD");
         AppViewModel &model = fixture.startLoaded();
-        model.deselectAllPlaylists();
-        model.togglePlaylistSelection("an id that no playlist has");
+        const QMap<QString, QByteArray> before = snapshotTree(root);
+        if (obstacle == "untick") {
+            model.deselectAllPlaylists();
+            model.togglePlaylistSelection("an id that no playlist has");
+        }
+        if (obstacle == "prefix")
+            model.setCustomPathPrefix("/mnt\nipod");
+        const std::variant<DeviceLock, QString> held =
+            DeviceLock::acquire(DeviceFolder::open(obstacle == "lock" ? root : QDir::tempPath()), std::chrono::milliseconds(0));
+        QVERIFY(std::holds_alternative<DeviceLock>(held));
+        QSignalSpy feedback(&model, &AppViewModel::conversionSuccessFeedbackChanged);
         model.convertSelectedPlaylists();
-        QCOMPARE(model.errorMessage(), std::optional<QString>("Seleziona almeno una playlist da convertire."));
-        QVERIFY(!model.isConverting() && model.exportResults().isEmpty());
+        QTRY_VERIFY(!model.isConverting());
+        QVERIFY2(model.errorMessage().value_or("").contains(message), qPrintable(model.errorMessage().value_or("")));
+        QVERIFY(model.exportResults().isEmpty() && feedback.isEmpty());
+        QCOMPARE(snapshotTree(root), before);
     }
 
     void stageDiscardAndApply()

@@ -220,6 +220,8 @@ private Q_SLOTS:
         QTest::addRow("SIGINT while writing") << writing + "pkill -INT -x kestrune-cli\nwait\n" << 130;
         QTest::addRow("SIGTERM while renaming")
             << renamed + "slow_device 2\n" + start + "wait_until 60 renamed\npkill -TERM -x kestrune-cli\nwait\n" << 143;
+        QTest::addRow("a clean started during the run waits its turn")
+            << writing + "run clean \"$CLI\" clean \"$IPOD\"\nwait\necho \"clean $(<\"$JOB/clean.status\")\"\n" << 0;
         QTest::addRow("killed, then run again")
             << writing + "pkill -KILL -x kestrune-cli\nwait\nrun cli \"$CLI\" convert \"$IPOD\" --no-clean\n" << 0;
     }
@@ -235,6 +237,8 @@ private Q_SLOTS:
         verifyReportIsTrue(outcome, device, 600);
         if (outcome.status > 128)
             QVERIFY2(outcome.err.contains("stopped by SIG"), qPrintable(outcome.err));
+        if (outcome.scenarioOut.startsWith("clean"))
+            QCOMPARE(outcome.scenarioOut.trimmed(), "clean 0");
     }
 
     void badSectorInTheDatabaseIsAReadError()

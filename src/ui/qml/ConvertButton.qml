@@ -17,7 +17,7 @@ AbstractButton {
     hoverEnabled: true
     text: label.text
     Accessible.name: text
-    enabled: !nothingTicked && !converting
+    enabled: !nothingTicked && !converting && viewModel.prefixControlCharacter === ""
     onClicked: viewModel.convertSelectedPlaylists()
 
     background: Rectangle {

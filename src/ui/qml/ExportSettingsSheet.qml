@@ -222,6 +222,19 @@ Popup {
                         font.family: Theme.fontFamily
                         font.pixelSize: Theme.smallText
                     }
+                    Text {
+                        objectName: "prefixProblem"
+                        Layout.fillWidth: true
+                        visible: sheet.viewModel.prefixControlCharacter !== ""
+                        text: Texts.format(Texts.languageCode, "prefixControlCharacter", 0,
+                                           sheet.viewModel.prefixControlCharacter)
+                        Accessible.role: Accessible.AlertMessage
+                        Accessible.name: text
+                        wrapMode: Text.Wrap
+                        color: "#d70015"
+                        font.family: Theme.fontFamily
+                        font.pixelSize: Theme.smallText
+                    }
                 }
             }
         }
@@ -253,7 +266,7 @@ Popup {
             Button {
                 id: exportButton
                 objectName: "saveAndExportButton"
-                enabled: sheet.viewModel.tickedPlaylistCount > 0
+                enabled: sheet.viewModel.tickedPlaylistCount > 0 && sheet.viewModel.prefixControlCharacter === ""
                 text: Texts.format(Texts.languageCode, "saveAndExport", sheet.viewModel.tickedPlaylistCount)
                 font.family: Theme.fontFamily
                 font.pixelSize: 12
