@@ -66,6 +66,7 @@ private Q_SLOTS:
         QTest::addRow("only iTunesSD") << QStringList{"iTunesSD"} << "iTunesSD";
         QTest::addRow("both prefer iTunesDB") << QStringList{"iTunesSD", "iTunesDB"} << "iTunesDB";
         QTest::addRow("no database") << QStringList{"iTunesPrefs"} << "";
+        QTest::addRow("a linked iPod_Control") << QStringList{"iTunesDB", "link"} << "";
     }
 
     void inspectsLocations()
@@ -74,11 +75,18 @@ private Q_SLOTS:
         QFETCH(QString, database);
         Volumes volumes;
         QString root;
-        for (const QString &file : files)
-            root = volumes.addIPod("IPOD", file.toLatin1().constData());
+        for (const QString &file : files) {
+            if (file == "link") { // the real folder moves aside, and a link takes its name
+                QVERIFY(QDir(root).rename("iPod_Control", "elsewhere"));
+                QVERIFY(QFile::link(root + "/elsewhere", root + "/iPod_Control"));
+            } else {
+                root = volumes.addIPod("IPOD", file.toLatin1().constData());
+            }
+        }
         const auto detector = volumes.detector();
         const std::optional<IPodDevice> device = detector->inspectLocation(QUrl::fromLocalFile(root));
         QCOMPARE(device.has_value(), !database.isEmpty());
+        QCOMPARE(detector->refusedLocations().size(), int(files.contains("link")));
         if (device)
             QCOMPARE(device->itunesDBURL.toLocalFile(), root + "/iPod_Control/iTunes/" + database);
     }
