@@ -275,6 +275,7 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         setIsLoading(false);
         return;
     }
+    m_libraryIncomplete = outcome.library.looksTruncated || outcome.library.playlistsIncomplete;
     setTracks(std::move(outcome.library.tracks));
     setPlaylists(std::move(outcome.library.playlists));
     setExistingRockboxFiles(std::move(outcome.existingFiles));

@@ -95,6 +95,12 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool useM3U8Extension READ useM3U8Extension WRITE setUseM3U8Extension NOTIFY optionsChanged)
     Q_PROPERTY(bool sanitizeFilenames READ sanitizeFilenames WRITE setSanitizeFilenames NOTIFY optionsChanged)
     Q_PROPERTY(bool cleanDotFiles READ cleanDotFiles WRITE setCleanDotFiles NOTIFY optionsChanged)
+    // Mirror: remove the files Kestrune wrote for playlists deleted in iTunes (or no longer ticked).
+    Q_PROPERTY(bool removeDeletedPlaylists READ removeDeletedPlaylists WRITE setRemoveDeletedPlaylists NOTIFY
+                   optionsChanged)
+    // What a mirror run will remove, each {"name", "reason"}, waiting for the user's confirmation; empty
+    // when nothing waits.
+    Q_PROPERTY(QVariantList mirrorConfirmation READ mirrorConfirmation NOTIFY mirrorConfirmationChanged)
     Q_PROPERTY(QString customPathPrefix READ customPathPrefix WRITE setCustomPathPrefix NOTIFY optionsChanged)
     // The control character that keeps the prefix from being used ("U+000A (line feed)"); empty when none.
     Q_PROPERTY(QString prefixControlCharacter READ prefixControlCharacter NOTIFY optionsChanged)
@@ -197,6 +203,9 @@ public:
 
     // The conversion run.
     Q_INVOKABLE void convertSelectedPlaylists();
+    // After the mirror confirmation: the run goes ahead, removing only what was listed; or nothing happens.
+    Q_INVOKABLE void confirmMirrorRemovals();
+    Q_INVOKABLE void cancelMirrorRemovals();
 
     // The Rockbox folder and staged deletions.
     Q_INVOKABLE void refreshRockboxFilesystem();
@@ -242,6 +251,9 @@ public:
     [[nodiscard]] bool useM3U8Extension() const { return m_options.useM3U8Extension; }
     [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
     [[nodiscard]] bool cleanDotFiles() const { return m_options.cleanDotFiles; }
+    [[nodiscard]] bool removeDeletedPlaylists() const { return m_removeDeletedPlaylists; }
+    void setRemoveDeletedPlaylists(bool on);
+    [[nodiscard]] const QVariantList &mirrorConfirmation() const { return m_mirrorConfirmation; }
     [[nodiscard]] QString customPathPrefix() const { return m_options.customPathPrefix; }
     [[nodiscard]] QString prefixControlCharacter() const;
     [[nodiscard]] QVariantList exportResultSummaries() const;
@@ -284,6 +296,7 @@ Q_SIGNALS:
     void fileSelectionChanged();
     void playerChanged();
     void statisticsCopyChanged();
+    void mirrorConfirmationChanged();
 
 private:
     struct LoadOutcome;
@@ -331,6 +344,8 @@ private:
     void applyFolderListing(FolderListing listing);
     struct ConversionOutcome;
     void finishConversion(ConversionOutcome outcome);
+    // Starts the run in the background; with `planOnly`, only works out what mirror would remove.
+    void startConversion(QList<Playlist> chosen, bool planOnly, std::optional<QSet<QString>> confirmedRemovals);
     void refilterPlaylists();
     void updatePlaylistRows(const QSet<QString> &ids);
     void updateFileRows(const QSet<QString> &ids);
@@ -383,6 +398,11 @@ private:
     // Set to stop the run in progress: it abandons what it has not yet put in place. The window's end
     // sets it, so that quitting never waits for a long run nor leaves one half-renamed.
     std::shared_ptr<std::atomic<bool>> m_stopRun = std::make_shared<std::atomic<bool>>(false);
+    bool m_removeDeletedPlaylists = false;
+    QVariantList m_mirrorConfirmation;
+    QList<Playlist> m_playlistsAwaitingConfirmation;
+    QSet<QString> m_removalsAwaitingConfirmation;
+    bool m_libraryIncomplete = false; // the database looks truncated or damaged
 };
 
 } // namespace kestrune

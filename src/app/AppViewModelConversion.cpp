@@ -3,6 +3,7 @@
 
 #include "BackgroundTask.h"
 #include "export/DeviceLock.h"
+#include "export/DeviceSync.h"
 #include "export/M3UContent.h"
 #include "export/PlaylistWriteBatch.h"
 #include "export/WriteScope.h"
@@ -12,6 +13,8 @@ namespace kestrune {
 struct AppViewModel::ConversionOutcome {
     QList<ExportItemResult> results;
     std::optional<QString> refusal; // the run could not start (another run holds the device)
+    std::optional<QString> mirrorRefusal;
+    bool planOnly = false;
 };
 
 QString AppViewModel::prefixControlCharacter() const
@@ -19,9 +22,15 @@ QString AppViewModel::prefixControlCharacter() const
     return controlCharacterInPrefix(m_options.customPathPrefix).value_or(QString());
 }
 
+void AppViewModel::setRemoveDeletedPlaylists(bool on)
+{
+    m_removeDeletedPlaylists = on;
+    Q_EMIT optionsChanged();
+}
+
 void AppViewModel::convertSelectedPlaylists()
 {
-    if (m_isConverting)
+    if (m_isConverting || !m_mirrorConfirmation.isEmpty())
         return; // the model is the device's one writer in this process
     if (const std::optional<QString> character = controlCharacterInPrefix(m_options.customPathPrefix)) {
         setErrorMessage(QStringLiteral("Il prefisso dei percorsi contiene il carattere di controllo %1, che "
@@ -42,47 +51,95 @@ void AppViewModel::convertSelectedPlaylists()
         setErrorMessage(QStringLiteral("Seleziona almeno una playlist da convertire."));
         return;
     }
-    setIsConverting(true);
-    setConversionProgress(0.0);
-    setExportResults({});
+    // With mirror on, what would go is shown first, and nothing is written until the user says so.
+    startConversion(std::move(chosen), m_removeDeletedPlaylists, std::nullopt);
+}
 
-    // The run works on copies, so changes made while it runs do not reach it.
+void AppViewModel::confirmMirrorRemovals()
+{
+    if (m_mirrorConfirmation.isEmpty())
+        return;
+    publish(m_mirrorConfirmation, QVariantList(), &AppViewModel::mirrorConfirmationChanged);
+    startConversion(std::exchange(m_playlistsAwaitingConfirmation, {}), false,
+                    std::exchange(m_removalsAwaitingConfirmation, {}));
+}
+
+void AppViewModel::cancelMirrorRemovals()
+{
+    m_playlistsAwaitingConfirmation.clear();
+    m_removalsAwaitingConfirmation.clear();
+    publish(m_mirrorConfirmation, QVariantList(), &AppViewModel::mirrorConfirmationChanged);
+}
+
+void AppViewModel::startConversion(QList<Playlist> chosen, bool planOnly, std::optional<QSet<QString>> confirmedRemovals)
+{
+    const QUrl folder = *playlistsBaseFolderURL();
+    SyncRequest request;
+    request.playlists.playlists = chosen;
+    request.playlists.options = m_options;
+    request.playlists.mirror = m_removeDeletedPlaylists;
+    request.playlists.mirrorConfirmed = std::move(confirmedRemovals);
+    request.playlists.libraryIncomplete = m_libraryIncomplete;
+    for (const Playlist &playlist : std::as_const(m_playlists))
+        ++request.playlists.libraryIds[playlist.dbId];
+    request.playlists.dryRun = planOnly;
+    setIsConverting(!planOnly);
+    setConversionProgress(0.0);
+    if (!planOnly)
+        setExportResults({});
+    if (planOnly)
+        m_playlistsAwaitingConfirmation = std::move(chosen);
+
     m_stopRun = std::make_shared<std::atomic<bool>>(false);
     const QPointer<QObject> self(this);
     runInBackground(
         this,
-        [self, chosen, generator = m_generator, folder = *folder, options = m_options, stop = m_stopRun] {
+        [self, request, generator = m_generator, folder, stop = m_stopRun] {
             // The lock is tried, never waited for: another run on the device refuses this one.
-            const WriteScope scope = writeScopeFor(folder.toLocalFile(), true);
+            const WriteScope scope = writeScopeFor(folder.toLocalFile(), !request.playlists.dryRun);
             std::variant<DeviceLock, QString> lock = DeviceLock::acquire(scope.root, std::chrono::milliseconds(0));
             if (const QString *busy = std::get_if<QString>(&lock))
-                return ConversionOutcome{{}, *busy};
-            const DeviceFolder destination = scope.destination(true);
-            PlaylistWriteBatch::sweepStaleTemporaryFiles(destination);
-            const auto total = double(chosen.size());
-            ConversionOutcome outcome;
-            outcome.results = generator.exportPlaylists(
-                chosen, destination, options,
+                return ConversionOutcome{{}, *busy, std::nullopt, request.playlists.dryRun};
+            const auto total = double(request.playlists.playlists.size());
+            const SyncReport report = runSync(
+                scope, request, generator,
                 [&self, total](qsizetype written) {
                     postToGuiThread(self, [self, progress = double(written) / total] {
                         static_cast<AppViewModel *>(self.data())->setConversionProgress(progress);
                     });
                 },
                 stop.get());
-            if (options.cleanDotFiles && !stop->load())
-                (void)generator.cleanDotFileTree(destination);
-            return outcome;
+            return ConversionOutcome{report.playlists.results, std::nullopt, report.playlists.mirrorRefusal,
+                                     request.playlists.dryRun};
         },
         [this](ConversionOutcome outcome) { finishConversion(std::move(outcome)); });
 }
 
 void AppViewModel::finishConversion(ConversionOutcome outcome)
 {
+    if (outcome.planOnly && !outcome.refusal) {
+        QVariantList removals;
+        for (const ExportItemResult &result : std::as_const(outcome.results)) {
+            if (result.outcome != ExportItemResult::Outcome::removed)
+                continue;
+            removals.append(QVariantMap{{QStringLiteral("name"), result.filename}, {QStringLiteral("reason"), result.reason}});
+            m_removalsAwaitingConfirmation.insert(result.filename);
+        }
+        if (removals.isEmpty()) { // nothing would go: nothing to confirm
+            startConversion(std::exchange(m_playlistsAwaitingConfirmation, {}), false, QSet<QString>());
+            return;
+        }
+        publish(m_mirrorConfirmation, std::move(removals), &AppViewModel::mirrorConfirmationChanged);
+        return;
+    }
+    m_playlistsAwaitingConfirmation.clear();
     setIsConverting(false);
     if (outcome.refusal) {
         setErrorMessage(QStringLiteral("Impossibile convertire: ") + *outcome.refusal);
         return;
     }
+    if (outcome.mirrorRefusal)
+        setErrorMessage(QStringLiteral("Nessuna playlist rimossa: ") + *outcome.mirrorRefusal);
     setExportResults(std::move(outcome.results));
     setShowExportSummary(false); // the run never opens the summary; the results stay in exportResults
     setConversionSuccessFeedback(true);

@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QString>
 #include <QTextStream>
 
 #include <cstdio>
@@ -10,6 +11,12 @@ namespace kestrune::cli {
 
 // Whether progress lines may be drawn on standard error (it is a terminal).
 bool standardErrorIsTerminal();
+
+// "1 playlist", "3 playlists": a count with its noun in the right number.
+inline QString counted(qint64 count, const char *one, const char *many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1StringView(count == 1 ? one : many));
+}
 
 // Exit statuses of every command.
 enum ExitCode : int { exitSuccess = 0, exitSomeFailed = 1, exitUsageOrInput = 2 };

@@ -28,8 +28,9 @@ std::optional<int> parseCommandLine(QCommandLineParser &parser, const QString &c
         return output.fail(command + QStringLiteral(": ") + parser.errorText() + hint);
     if (parser.positionalArguments().size() != positionalCount) {
         return output.fail(
-            QStringLiteral("%1: expected %2 argument(s), got %3").arg(command).arg(positionalCount).arg(
-                parser.positionalArguments().size()) +
+            QStringLiteral("%1: expected %2, got %3")
+                .arg(command, counted(positionalCount, "argument", "arguments"))
+                .arg(parser.positionalArguments().size()) +
             hint);
     }
     return std::nullopt;

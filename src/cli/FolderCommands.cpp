@@ -59,7 +59,7 @@ int runFiles(const QStringList &arguments, CliOutput &output)
                           : QStringLiteral("-")});
     }
     table.print(output.out());
-    output.out() << items.size() << " playlist file(s) in " << *folder << '\n';
+    output.out() << counted(items.size(), "playlist file", "playlist files") << " in " << *folder << '\n';
     output.out().flush();
     return exitSuccess;
 }

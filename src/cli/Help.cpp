@@ -15,7 +15,7 @@ struct CommandHelp {
     const char *options; // one "  --option   meaning" line each, or empty
 };
 
-const std::array<CommandHelp, 8> commands{{
+const std::array<CommandHelp, 9> commands{{
     {"playlists", "playlists SOURCE [--on-the-go] [--json]",
      "List the playlists in database order, with the file each matches in SOURCE/Playlists, their folders,\n"
      "and warnings about entries the player will not play.",
@@ -37,8 +37,20 @@ const std::array<CommandHelp, 8> commands{{
      "  --split-long        write a playlist longer than the player keeps as \"Name (1 of 3)\", ...\n"
      "  --folders flatten   skip folder playlists and name the others \"Folder - Child\"\n"
      "  --on-the-go         also export the On-The-Go playlists made on the iPod\n"
-     "  --dry-run           say what would be written, change nothing\n"
+     "  --mirror            then remove the files Kestrune wrote for playlists no longer exported (deleted\n"
+     "                      or renamed in iTunes); never a file it did not write, one edited since, or an\n"
+     "                      On-The-Go playlist's; needs the device's .rockbox folder\n"
+     "  --dry-run           say what would be written and removed, change nothing\n"
      "  --json              print the results as JSON\n"},
+    {"sync", "sync SOURCE [options]",
+     "What to run after each iTunes sync, with one lock and one summary: convert every playlist with\n"
+     "--mirror, then write the play counts and ratings to .rockbox/database_changelog.txt when there are\n"
+     "any (replacing one Kestrune wrote, never one the player exported). A step that does not apply is\n"
+     "said and is no failure; the exit status is the worst of the steps.",
+     "  --m3u, --no-extinf, --prefix TEXT, --on-the-go, --folders flatten, --split-long\n"
+     "                      as for convert\n"
+     "  --dry-run           say what would be written and removed, change nothing\n"
+     "  --json              one JSON object with a section per step\n"},
     {"files", "files DIR [--json]", "List the playlist files in a folder, sorted as a file browser sorts them.",
      ""},
     {"clean", "clean DIR",

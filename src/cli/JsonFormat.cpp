@@ -54,8 +54,11 @@ QJsonObject exportResultJson(const ExportItemResult &result)
         {QStringLiteral("errorMessage"),
          result.errorMessage ? QJsonValue(*result.errorMessage) : QJsonValue(QJsonValue::Null)},
     };
+    json.insert(QStringLiteral("status"), result.status());
     if (result.intendedFilename)
         json.insert(QStringLiteral("intendedFilename"), *result.intendedFilename);
+    if (!result.reason.isEmpty())
+        json.insert(QStringLiteral("reason"), result.reason);
     return json;
 }
 

@@ -12,14 +12,16 @@ QString warningText(const PlaylistWarning &warning)
     case PlaylistWarning::Kind::overLimit:
         return QStringLiteral("%1 entries, but the player keeps only the first %2").arg(warning.count).arg(warning.limit);
     case PlaylistWarning::Kind::longPaths:
-        return QStringLiteral("%1 track path(s) longer than the %2 bytes the player can open")
-            .arg(warning.count)
+        return QStringLiteral("%1 longer than the %2 bytes the player can open")
+            .arg(counted(warning.count, "track path", "track paths"))
             .arg(warning.limit);
     case PlaylistWarning::Kind::longFileName:
         return QStringLiteral("the playlist's own path is longer than the %1 bytes the player can open")
             .arg(warning.limit);
     case PlaylistWarning::Kind::missingFiles:
-        return QStringLiteral("%1 track file(s) missing on the device; the player skips them").arg(warning.count);
+        return QStringLiteral("%1 missing on the device; the player skips %2")
+            .arg(counted(warning.count, "track file", "track files"),
+                 warning.count == 1 ? QStringLiteral("it") : QStringLiteral("them"));
     }
     return {};
 }

@@ -17,10 +17,10 @@ namespace {
 void printSummary(const StatisticsSummary &summary, const LibraryStatistics &statistics, CliOutput &output)
 {
     QTextStream &out = output.out();
-    out << summary.tracksWithStatistics << " tracks with statistics: " << summary.totalPlays << " plays, "
-        << summary.ratedTracks << " rated";
+    out << counted(summary.tracksWithStatistics, "track", "tracks") << " with statistics: "
+        << counted(summary.totalPlays, "play", "plays") << ", " << summary.ratedTracks << " rated";
     if (statistics.playsSinceSync > 0)
-        out << " (" << statistics.playsSinceSync << " plays since the last sync included)";
+        out << " (" << counted(statistics.playsSinceSync, "play", "plays") << " since the last sync included)";
     out << '\n';
     if (summary.mostPlayed.isEmpty())
         return;
@@ -130,13 +130,15 @@ int runStats(const QStringList &arguments, CliOutput &output)
                 << " --write' puts them where Rockbox can import them.\n";
         return exitSuccess;
     }
-    out << "\nWrote " << *target << ": " << changelog->written << " track(s)";
+    out << "\nWrote " << *target << ": " << counted(changelog->written, "track", "tracks");
     if (changelog->notOnDevice > 0)
         out << "; left out " << changelog->notOnDevice << " whose file is not on the device";
     if (changelog->tooLong > 0)
         out << "; left out " << changelog->tooLong << " whose path is too long for the player";
-    out << ".\nNext, on the player: Database > Import Modifications (or let it import on its own, with the "
-           "database's auto update on).\nTracks Rockbox has already played or rated keep Rockbox's values.\n";
+    out << ".\nNext, on the player: Settings > General Settings > Database > Import Modifications. Rockbox imports "
+           "it on\nits own only right after building or updating its database, with \"Load to RAM\" on, and only "
+           "while that\ndatabase has never recorded a play. Tracks Rockbox has already played or rated keep "
+           "Rockbox's values.\n";
     return exitSuccess;
 }
 

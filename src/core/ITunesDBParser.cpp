@@ -154,6 +154,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
     TrackItemWalk helperTracks;
     std::exception_ptr helperTrackError;
     QList<QList<Playlist>> playlistLists;
+    bool playlistsComplete = true;
     HelperThread helper(junction != noStop, [&] {
         if (junction != noStop) {
             try { // an error there counts only if this walk would have read there too
@@ -166,7 +167,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
         }
         for (const Section &section : std::as_const(playlistSections)) {
             helperReader.seek(section.bodyStart);
-            playlistLists.append(parsePlaylistList(helperReader, section.end, helperBudget));
+            playlistLists.append(parsePlaylistList(helperReader, section.end, helperBudget, playlistsComplete));
             helperReader.release(section.bodyStart, section.end);
         }
     });
@@ -220,6 +221,7 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
         budget.absorb(*ownBudget);
     for (QList<Playlist> &playlists : playlistLists)
         result.playlists.append(std::move(playlists));
+    result.playlistsIncomplete = !playlistsComplete;
     resolvePlaylistTracks(result.playlists, result.tracks);
 
     if (work)
@@ -228,10 +230,14 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
 }
 
 QList<Playlist> ITunesDBParser::parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd,
-                                                  ParseBudget &budget) const
+                                                  ParseBudget &budget, bool &complete) const
 {
     QList<Playlist> playlists;
     const std::optional<quint32> count = openList(reader, QLatin1StringView("mhlp"), budget);
+    const auto markIncomplete = qScopeGuard([&] {
+        if (!count || quint32(playlists.size()) < *count)
+            complete = false;
+    });
     for (quint32 index = 0; count && index < *count && budget.spendIteration(); ++index) {
         ItemHead item;
         const ItemStep step = nextItem(reader, QLatin1StringView("mhyp"), sectionEnd, 24, budget, item);

@@ -23,7 +23,9 @@ public:
 
 private:
     ParseResult parse(BinaryReader &reader, BinaryReader &helperReader, ParseWork *work) const;
-    QList<Playlist> parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget) const;
+    // `complete` turns false when the list holds fewer playlists than it declares (damage stopped the walk).
+    QList<Playlist> parsePlaylistList(BinaryReader &reader, qsizetype sectionEnd, ParseBudget &budget,
+                                      bool &complete) const;
 };
 
 } // namespace kestrune

@@ -53,7 +53,7 @@ OnTheGoPlaylists readOnTheGoPlaylists(const QString &iTunesFolder, const ParseRe
         }
         if (indexes->isEmpty())
             continue;
-        Playlist playlist{.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()};
+        Playlist playlist{.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper(), .isOnTheGo = true};
         for (quint32 index : *indexes) {
             if (index >= quint32(library.trackItemIds.size())) {
                 found.problems.append(QStringLiteral("%1: entry %2 points past the %3 tracks of the database (it "

@@ -18,6 +18,8 @@ struct ParseResult {
     QList<quint32> trackItemIds;
     // The file ends before the length its header or a section declares: an interrupted sync.
     bool looksTruncated = false;
+    // A playlist list holds fewer playlists than it declares: damage stopped its reading.
+    bool playlistsIncomplete = false;
 
     bool operator==(const ParseResult &) const = default;
 };

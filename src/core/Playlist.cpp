@@ -40,7 +40,7 @@ QString Playlist::formattedTotalDuration() const
 size_t qHash(const Playlist &playlist, size_t seed) noexcept
 {
     seed = qHashMulti(seed, playlist.id, playlist.dbId, playlist.name, playlist.isMaster, playlist.isSmart,
-                      playlist.isFolder, playlist.parentDbId);
+                      playlist.isFolder, playlist.parentDbId, playlist.isOnTheGo);
     seed = qHashRange(playlist.trackIds.begin(), playlist.trackIds.end(), seed);
     seed = qHashRange(playlist.tracks.begin(), playlist.tracks.end(), seed);
     return playlist.existingRockboxFile ? qHash(*playlist.existingRockboxFile, seed) : seed;

@@ -19,6 +19,7 @@ struct Playlist {
     bool isSmart = false;
     bool isFolder = false; // a playlist folder; its own entries are those of its children
     quint64 parentDbId = 0; // the folder this playlist sits in, 0 at the top
+    bool isOnTheGo = false; // made on the iPod since the last sync; gone from it at the next one
     QList<quint32> trackIds; // as stored: duplicates and dangling ids kept
     QList<Track> tracks;     // resolved, in playlist order
     std::optional<ExistingRockboxFile> existingRockboxFile;

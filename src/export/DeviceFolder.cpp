@@ -125,6 +125,63 @@ DeviceFolder::EntryKind DeviceFolder::entryKind(const QString &name) const
     return S_ISREG(status.st_mode) ? EntryKind::file : EntryKind::other;
 }
 
+namespace {
+
+std::optional<qint64> regularFileSize(int folder, const QByteArray &name)
+{
+    struct stat status {};
+    if (::fstatat(folder, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return qint64(status.st_size);
+}
+
+} // namespace
+
+std::optional<QByteArray> DeviceFolder::readFile(const QString &name, qint64 maximumBytes) const
+{
+    const QByteArray encoded = QFile::encodeName(name);
+    const std::optional<qint64> size = isOpen() ? regularFileSize(descriptor(), encoded) : std::nullopt;
+    if (!size || *size > maximumBytes)
+        return std::nullopt;
+    const int fd = ::openat(descriptor(), encoded.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    QByteArray bytes(*size, Qt::Uninitialized);
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::read(fd, bytes.data() + done, size_t(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        done += count;
+    }
+    ::close(fd);
+    if (done != bytes.size())
+        return std::nullopt;
+    return bytes;
+}
+
+std::optional<QString> DeviceFolder::flush() const
+{
+    if (!isOpen())
+        return m_error;
+    if (::fsync(descriptor()) != 0 && errno != EINVAL)
+        return describeSystemError(errno);
+#ifdef Q_OS_LINUX
+    if (::syncfs(descriptor()) != 0)
+        return describeSystemError(errno);
+#endif
+    return std::nullopt;
+}
+
+bool DeviceFolder::holdsExactly(const QString &name, const QByteArray &bytes) const
+{
+    if (!isOpen() || regularFileSize(descriptor(), QFile::encodeName(name)) != qint64(bytes.size()))
+        return false;
+    return readFile(name, bytes.size()) == bytes;
+}
+
 std::optional<QString> DeviceFolder::removeFile(const QString &name) const
 {
     if (!isOpen())
@@ -177,6 +234,26 @@ DeviceFolder DeviceFolder::openFolder(const QString &relativePath, bool createLa
     folder.m_handle = m_handle;
     folder.m_path = path;
     return folder;
+}
+
+std::optional<QByteArray> DeviceFolder::readFile(const QString &name, qint64 maximumBytes) const
+{
+    if (entryKind(name) != EntryKind::file)
+        return std::nullopt;
+    QFile file(m_path + u'/' + name);
+    if (file.size() > maximumBytes || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+std::optional<QString> DeviceFolder::flush() const
+{
+    return m_error;
+}
+
+bool DeviceFolder::holdsExactly(const QString &name, const QByteArray &bytes) const
+{
+    return QFileInfo(m_path + u'/' + name).size() == bytes.size() && readFile(name, bytes.size()) == bytes;
 }
 
 std::optional<QString> DeviceFolder::removeFile(const QString &name) const

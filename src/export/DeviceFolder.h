@@ -38,6 +38,16 @@ public:
     enum class EntryKind { missing, file, folder, link, other, unreadable };
     [[nodiscard]] EntryKind entryKind(const QString &name) const;
 
+    // The bytes of a regular file directly in this folder (never through a link); none when it is missing,
+    // not a regular file, larger than `maximumBytes` or unreadable.
+    [[nodiscard]] std::optional<QByteArray> readFile(const QString &name, qint64 maximumBytes) const;
+    // Whether a regular file directly in this folder holds exactly these bytes: its size is compared
+    // first, so that a file of another size is never read.
+    [[nodiscard]] bool holdsExactly(const QString &name, const QByteArray &bytes) const;
+
+    // Puts this folder's changes (removals, renames) on the device; gives the reason it could not.
+    [[nodiscard]] std::optional<QString> flush() const;
+
     // Removes a file (or a link, as a link) directly in this folder; gives the reason it could not.
     [[nodiscard]] std::optional<QString> removeFile(const QString &name) const;
 

@@ -103,16 +103,47 @@ QString caseBlindKey(const QString &name)
     return name.normalized(QString::NormalizationForm_C).toCaseFolded();
 }
 
-QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength)
+namespace {
+
+// Whether `candidate` is `name` or `name` with a " (N)" suffix, case-blind.
+bool isFormOf(const QString &candidate, const QString &name)
+{
+    const QString key = caseBlindKey(candidate);
+    const QString base = caseBlindKey(name);
+    if (key == base)
+        return true;
+    const qsizetype open = key.lastIndexOf(QStringLiteral(" ("));
+    if (open < 0 || !key.endsWith(u')'))
+        return false;
+    bool isNumber = false;
+    key.mid(open + 2, key.size() - open - 3).toInt(&isNumber);
+    return isNumber && base.startsWith(key.left(open));
+}
+
+} // namespace
+
+QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength,
+                              const QList<std::optional<QString>> &preferred)
 {
     QSet<QString> taken;
     taken.reserve(baseNames.size());
     for (const QString &name : baseNames)
         taken.insert(caseBlindKey(name));
     QSet<QString> given;
-    QStringList distinct;
-    distinct.reserve(baseNames.size());
-    for (const QString &name : baseNames) {
+    QStringList distinct(baseNames.size());
+    // First the names playlists had before, so that a suffix stays with its playlist across runs.
+    for (qsizetype i = 0; i < preferred.size() && i < baseNames.size(); ++i) {
+        const std::optional<QString> &earlier = preferred.at(i);
+        if (earlier && isFormOf(*earlier, baseNames.at(i)) && !given.contains(caseBlindKey(*earlier)) &&
+            (caseBlindKey(*earlier) == caseBlindKey(baseNames.at(i)) || !taken.contains(caseBlindKey(*earlier)))) {
+            distinct[i] = *earlier;
+            given.insert(caseBlindKey(*earlier));
+        }
+    }
+    for (qsizetype i = 0; i < baseNames.size(); ++i) {
+        if (!distinct.at(i).isNull())
+            continue;
+        const QString &name = baseNames.at(i);
         QString chosen = name;
         // A suffixed name may not take the name another playlist has of its own.
         for (int number = 2; given.contains(caseBlindKey(chosen)); ++number) {
@@ -123,7 +154,7 @@ QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength)
                 chosen = name; // try the next number
         }
         given.insert(caseBlindKey(chosen));
-        distinct.append(chosen);
+        distinct[i] = chosen;
     }
     return distinct;
 }

@@ -23,7 +23,10 @@ QString sanitizedPlaylistName(const QString &name);
 // covers FAT's comparison and the player's ASCII-only one) would be one file there. The first, in the
 // given order, keeps its name; the next gets " (2)", then " (3)", ... (shortened, when `limitLength`, to
 // stay within maximumBaseNameBytes).
-QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength);
+// A playlist's `preferred` name (the one it had in an earlier run) is kept when it is still one of its own
+// name's forms (the name, or the name with a suffix) and no playlist before it has taken it.
+QStringList distinctBaseNames(const QStringList &baseNames, bool limitLength,
+                              const QList<std::optional<QString>> &preferred = {});
 
 // The key under which two file names are one file on a case-blind volume.
 QString caseBlindKey(const QString &name);

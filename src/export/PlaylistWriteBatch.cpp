@@ -26,8 +26,6 @@ QString lastComponent(const QString &relativePath)
     return relativePath.mid(relativePath.lastIndexOf(u'/') + 1);
 }
 
-const QLatin1StringView temporaryPrefix(".kestrune-");
-
 DeviceFolder resolvedDestination(const QString &folder)
 {
     const WriteScope scope = writeScopeFor(folder, true);
@@ -41,7 +39,7 @@ QString PlaylistWriteBatch::interruptedReason()
     return QStringLiteral("Not written: the run was interrupted; the file on the device is as it was.");
 }
 
-bool PlaylistWriteBatch::isTemporaryFileName(const QString &name)
+bool PlaylistWriteBatch::isTemporaryFileName(const QString &name, const QString &temporaryPrefix)
 {
     if (!name.startsWith(temporaryPrefix) || name.size() == temporaryPrefix.size())
         return false;
@@ -98,6 +96,7 @@ struct PlaylistWriteBatch::Platform {
     ino_t inode = 0;
     std::optional<QString> openError;
     const std::atomic<bool> *stop = nullptr;
+    QString temporaryPrefix;
     QList<File> files;
 
     void open(const DeviceFolder &resolved);
@@ -201,10 +200,12 @@ PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder, const std::atomic<
 {
 }
 
-PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop)
+PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop,
+                                       QString temporaryPrefix)
     : m_platform(std::make_unique<Platform>())
 {
     m_platform->stop = stop;
+    m_platform->temporaryPrefix = std::move(temporaryPrefix);
     m_platform->open(folder);
 }
 
@@ -214,7 +215,8 @@ PlaylistWriteBatch::~PlaylistWriteBatch()
         m_platform->removeTemporary(file);
 }
 
-QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind)
+QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind,
+                                                         const QString &temporaryPrefix)
 {
     QStringList found;
     if (!folder.isOpen())
@@ -228,7 +230,7 @@ QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &fol
     }
     while (const dirent *entry = ::readdir(entries)) {
         const QString name = QFile::decodeName(entry->d_name);
-        if (!isTemporaryFileName(name) || folder.entryKind(name) != DeviceFolder::EntryKind::file)
+        if (!isTemporaryFileName(name, temporaryPrefix) || folder.entryKind(name) != DeviceFolder::EntryKind::file)
             continue;
         if (onlyFind || ::unlinkat(folder.descriptor(), entry->d_name, 0) == 0)
             found.append(name);
@@ -254,7 +256,7 @@ PlaylistWriteBatch::Staged PlaylistWriteBatch::stage(const QString &relativePath
     int attempt = 0;
     do { // a fresh random name until one is free
         file.temporaryPath =
-            folderPart + temporaryPrefix + QString::number(QRandomGenerator::global()->generate());
+            folderPart + p.temporaryPrefix + QString::number(QRandomGenerator::global()->generate());
         descriptor = ::openat(p.descriptor, encoded(file.temporaryPath).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EEXIST && ++attempt < 16);
@@ -338,7 +340,7 @@ PlaylistWriteBatch::PlaylistWriteBatch(const QString &folder, const std::atomic<
 {
 }
 
-PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop)
+PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop, QString)
     : m_platform(std::make_unique<Platform>())
 {
     m_platform->folder = folder.path();
@@ -348,11 +350,12 @@ PlaylistWriteBatch::PlaylistWriteBatch(const DeviceFolder &folder, const std::at
 
 PlaylistWriteBatch::~PlaylistWriteBatch() = default;
 
-QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind)
+QStringList PlaylistWriteBatch::sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind,
+                                                         const QString &temporaryPrefix)
 {
     QStringList found;
     for (const QString &name : QDir(folder.path()).entryList(QDir::Files | QDir::Hidden)) {
-        if (isTemporaryFileName(name) && (onlyFind || QFile::remove(folder.path() + u'/' + name)))
+        if (isTemporaryFileName(name, temporaryPrefix) && (onlyFind || QFile::remove(folder.path() + u'/' + name)))
             found.append(name);
     }
     return found;

@@ -28,8 +28,10 @@ class PlaylistWriteBatch {
 public:
     // The folder at this path, found through writeScopeFor() (WriteScope.h).
     explicit PlaylistWriteBatch(const QString &folder, const std::atomic<bool> *stop = nullptr);
-    // A folder already resolved, typically from the root the run holds locked.
-    explicit PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop = nullptr);
+    // A folder already resolved, typically from the root the run holds locked. Temporary files are named
+    // `temporaryPrefix` and digits.
+    explicit PlaylistWriteBatch(const DeviceFolder &folder, const std::atomic<bool> *stop = nullptr,
+                                QString temporaryPrefix = defaultTemporaryPrefix());
     ~PlaylistWriteBatch(); // removes the temporary files of a run that was not committed
     PlaylistWriteBatch(const PlaylistWriteBatch &) = delete;
     PlaylistWriteBatch &operator=(const PlaylistWriteBatch &) = delete;
@@ -52,8 +54,11 @@ public:
     // Temporary files a run that crashed or was killed left in the folder (".kestrune-" and digits):
     // removed, unless `onlyFind`; gives their names. Only a run holding the device's lock may call it,
     // since another run's temporary files look the same.
-    static QStringList sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind = false);
-    [[nodiscard]] static bool isTemporaryFileName(const QString &name);
+    static QStringList sweepStaleTemporaryFiles(const DeviceFolder &folder, bool onlyFind = false,
+                                                const QString &temporaryPrefix = defaultTemporaryPrefix());
+    [[nodiscard]] static bool isTemporaryFileName(const QString &name,
+                                                  const QString &temporaryPrefix = defaultTemporaryPrefix());
+    [[nodiscard]] static QString defaultTemporaryPrefix() { return QStringLiteral(".kestrune-"); }
 
 private:
     struct Platform;

@@ -7,6 +7,7 @@
 #include "WriteScope.h"
 #include "core/FileSystemError.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -64,6 +65,11 @@ QString RockboxGenerator::generateM3UContent(const Playlist &playlist, const Con
     return m3uContent(playlist, options);
 }
 
+QByteArray RockboxGenerator::contentDigest(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+}
+
 QString RockboxGenerator::sanitizeFilename(const QString &name)
 {
     return sanitizedPlaylistName(name);
@@ -76,14 +82,15 @@ QString RockboxGenerator::playlistFilename(const Playlist &playlist, const Conve
     return baseName + u'.' + extension;
 }
 
-QStringList RockboxGenerator::playlistFilenames(const QList<Playlist> &playlists, const ConversionOptions &options)
+QStringList RockboxGenerator::playlistFilenames(const QList<Playlist> &playlists, const ConversionOptions &options,
+                                                const QList<std::optional<QString>> &earlierBaseNames)
 {
     const QString extension = options.useM3U8Extension ? QStringLiteral(".m3u8") : QStringLiteral(".m3u");
     QStringList baseNames;
     baseNames.reserve(playlists.size());
     for (const Playlist &playlist : playlists)
         baseNames.append(options.sanitizeFilenames ? sanitizeFilename(playlist.name) : playlist.name);
-    QStringList names = distinctBaseNames(baseNames, options.sanitizeFilenames);
+    QStringList names = distinctBaseNames(baseNames, options.sanitizeFilenames, earlierBaseNames);
     for (QString &name : names)
         name += extension;
     return names;
@@ -109,7 +116,8 @@ QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> 
                                                           const ConversionOptions &options,
                                                           const RunProgress &written,
                                                           const std::atomic<bool> *stop,
-                                                          const QStringList &givenFilenames) const
+                                                          const QStringList &givenFilenames,
+                                                          QList<QByteArray> *digests) const
 {
     const QString folder = destination.path();
     PlaylistWriteBatch batch(destination, stop);
@@ -141,7 +149,12 @@ QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> 
             if (!bytes)
                 result.errorMessage = QStringLiteral("Impossibile codificare la playlist in formato UTF-8.");
         }
-        if (bytes) {
+        if (digests)
+            digests->append(bytes ? contentDigest(*bytes) : QByteArray());
+        if (bytes && destination.holdsExactly(filename, *bytes)) { // nothing to write, nor to flush
+            result.outcome = ExportItemResult::Outcome::unchanged;
+            result.isSuccess = true;
+        } else if (bytes) {
             const PlaylistWriteBatch::Staged staged = batch.stage(filename, *bytes);
             handles.last() = staged.handle;
             result.errorMessage = staged.error;

@@ -32,12 +32,17 @@ public:
     // Windows device names are made harmless, and the name is kept within Rockbox's path limit.
     [[nodiscard]] static QString sanitizeFilename(const QString &name);
 
+    // The hash that identifies a file's bytes in the record of what Kestrune wrote (hex SHA-256).
+    [[nodiscard]] static QByteArray contentDigest(const QByteArray &bytes);
+
     // The file name an export writes: the (optionally sanitised) name, ".", and "m3u8" or "m3u".
     [[nodiscard]] static QString playlistFilename(const Playlist &playlist, const ConversionOptions &options);
     // The file names of playlists exported together, in their order: playlistFilename(), made distinct
     // where two would be one file on the player's case-blind volume (see distinctBaseNames).
+    // `earlierBaseNames` holds, by position, the base name a playlist's file had in an earlier run.
     [[nodiscard]] static QStringList playlistFilenames(const QList<Playlist> &playlists,
-                                                       const ConversionOptions &options);
+                                                       const ConversionOptions &options,
+                                                       const QList<std::optional<QString>> &earlierBaseNames = {});
 
     // Writes the playlist into the folder atomically and durably, replacing a file of the same name.
     // Never throws: every failure is a result with isSuccess false and the reason.
@@ -55,12 +60,15 @@ public:
     // The same into a folder the caller resolved from the root it holds locked. When `stop` turns true
     // the files not yet renamed into place are abandoned, their old files left as they were. `filenames`,
     // when given, are the names playlistFilenames() gave a larger set these playlists were chosen from.
+    // `digests`, when given, gets each result's contentDigest() of its bytes (empty when there were none).
+    // A file that already holds exactly the bytes is left alone: "unchanged", nothing written.
     [[nodiscard]] QList<ExportItemResult> exportPlaylists(const QList<Playlist> &playlists,
                                                           const DeviceFolder &destination,
                                                           const ConversionOptions &options,
                                                           const RunProgress &written,
                                                           const std::atomic<bool> *stop,
-                                                          const QStringList &filenames = {}) const;
+                                                          const QStringList &filenames = {},
+                                                          QList<QByteArray> *digests = nullptr) const;
 
     [[nodiscard]] QList<RockboxFileItem> listPlaylists(const QUrl &playlistsBaseURL) const;
     [[nodiscard]] QList<ExistingRockboxFile> scanExistingPlaylists(const QUrl &playlistsBaseURL) const;

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 26> texts{{
+const std::array<Text, 31> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -52,9 +52,12 @@ const std::array<Text, 26> texts{{
      "Il changelog già presente sull'iPod (Rockbox ne scrive uno con \"Export Modifications\") verrà "
      "sostituito."},
     {"statisticsNextStep",
-     "Then, on the player: Database > Import Modifications. Tracks Rockbox has already played or rated keep "
-     "Rockbox's values.",
-     "Poi, sul lettore: Database > Import Modifications. I brani che Rockbox ha già riprodotto o valutato "
+     "Then, on the player: Settings > General Settings > Database > Import Modifications. Rockbox imports it on "
+     "its own only right after building or updating its database, with \"Load to RAM\" on, and only while that "
+     "database has never recorded a play. Tracks Rockbox has already played or rated keep Rockbox's values.",
+     "Poi, sul lettore: Settings > General Settings > Database > Import Modifications. Rockbox lo importa da "
+     "solo soltanto subito dopo aver creato o aggiornato il suo database, con \"Load to RAM\" attivo, e solo "
+     "finché quel database non ha mai registrato un ascolto. I brani che Rockbox ha già riprodotto o valutato "
      "mantengono i valori di Rockbox."},
     {"statisticsNothing", "The iPod holds no play counts or ratings to copy.",
      "L'iPod non contiene conteggi di ascolto o valutazioni da copiare."},
@@ -67,6 +70,19 @@ const std::array<Text, 26> texts{{
     {"statisticsFailed", "The changelog could not be written: %2", "Impossibile scrivere il changelog: %2"},
     {"statisticsCopy", "Copy", "Copia"},
     {"statisticsCancel", "Cancel", "Annulla"},
+    {"mirrorTitle", "Remove playlists deleted in iTunes", "Rimuovi le playlist eliminate in iTunes"},
+    {"mirrorDesc",
+     "Removes the files Kestrune wrote for playlists deleted, renamed or no longer ticked; never a file it did "
+     "not write, one edited since, or an On-The-Go playlist's.",
+     "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
+     "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
+    {"mirrorConfirmTitle", "Remove these playlist files?", "Rimuovere questi file di playlist?"},
+    {"mirrorConfirmBody",
+     "Kestrune wrote these files for playlists that are no longer exported. They will be deleted for good: "
+     "the iPod has no trash.",
+     "Kestrune ha scritto questi file per playlist che non vengono più esportate. Verranno eliminati "
+     "definitivamente: l'iPod non ha un cestino."},
+    {"mirrorRemove", "Remove", "Rimuovi"},
     {"prefixControlCharacter",
      "The prefix holds the control character %2, which would break every entry: the export cannot start.",
      "Il prefisso contiene il carattere di controllo %2, che spezzerebbe ogni voce: l'esportazione non può "

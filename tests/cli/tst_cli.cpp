@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(json["dotFilesRemoved"].toInt(), 2);
         const QJsonObject rock = json["results"].toArray()[0].toObject();
         QCOMPARE(rock.keys(), (QStringList{"errorMessage", "filename", "isSuccess", "isUpdate", "path", "playlistName",
-                                           "trackCount"}));
+                                           "status", "trackCount"}));
         QCOMPARE(rock["filename"].toString(), "Rock_ Live.m3u8");
         QVERIFY(rock["isSuccess"].toBool() && rock["isUpdate"].toBool() && rock["errorMessage"].isNull());
         QCOMPARE(readFile(ipod.path("Playlists/Rock_ Live.m3u8")),
@@ -123,10 +123,14 @@ private Q_SLOTS:
         QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files | QDir::Hidden, QDir::Name),
                  (QStringList{"Chill.m3u8", "Rock_ Live.m3u8", "rock_ live.m3u"}));
 
+        // Again: every file already holds its bytes, so none is written, not even touched.
+        const QDateTime written = QFileInfo(ipod.path("Playlists/Chill.m3u8")).lastModified();
+        QTest::qWait(20);
         const Run text = cli({"convert", ipod.root()});
         QVERIFY(text.err.isEmpty());
-        QCOMPARE(text.out, "  updated Rock_ Live.m3u8 (2 tracks)\n  updated Chill.m3u8 (2 tracks)\n"
-                           "2 of 2 playlist(s) written to " + ipod.path("Playlists").toUtf8() + "; 0 dot file(s) removed\n");
+        QCOMPARE(text.out, "  unchanged Rock_ Live.m3u8 (2 tracks)\n  unchanged Chill.m3u8 (2 tracks)\n"
+                           "2 playlists in " + ipod.path("Playlists").toUtf8() + ": 0 written, 2 unchanged; 0 dot files removed\n");
+        QCOMPARE(QFileInfo(ipod.path("Playlists/Chill.m3u8")).lastModified(), written);
         // Outside an iPod the folder's dot files are not the program's to remove.
         QTemporaryDir elsewhere;
         writeFile(elsewhere.filePath(".git/HEAD"), "ref");
@@ -254,7 +258,7 @@ private Q_SLOTS:
         IPod ipod(ITunesDBWriter().addTrack(song).addTrack(TrackItem::song(2, "Quiet", {}, ":iPod_Control:Music:F00:B.mp3")).build());
         writeFile(ipod.path("iPod_Control/Music/F00/a.mp3"), "music");
         const Run summary = cli({"stats", ipod.root()});
-        QVERIFY2(summary.out.contains("1 tracks with statistics: 7 plays, 1 rated\n"), summary.out.constData());
+        QVERIFY2(summary.out.contains("1 track with statistics: 7 plays, 1 rated\n"), summary.out.constData());
         QVERIFY(summary.out.contains("    7      5  Song One  Band\n"));
         QCOMPARE(cli({"stats", ipod.root(), "--write"}).exitCode, 1); // no Rockbox on this device yet
 
@@ -399,7 +403,7 @@ private Q_SLOTS:
         QTest::addRow("unknown command") << QStringList{"export"} << QByteArray("unknown command 'export' (see 'kestrune-cli --help')");
         QTest::addRow("unknown option") << QStringList{"playlists", "@root", "--bogus"} << QByteArray("bogus");
         QTest::addRow("one argument too many") << QStringList{"playlists", "@root", "@root"}
-                                               << QByteArray("playlists: expected 1 argument(s), got 2 (see 'kestrune-cli playlists --help')");
+                                               << QByteArray("playlists: expected 1 argument, got 2 (see 'kestrune-cli playlists --help')");
         QTest::addRow("missing source") << QStringList{"playlists", "@root/nothing"} << QByteArray("does not exist");
         QTest::addRow("folder without a database") << QStringList{"playlists", "@root/Playlists"} << QByteArray("no iPod database");
         QTest::addRow("unreadable database") << QStringList{"playlists", "@root/broken.db"}

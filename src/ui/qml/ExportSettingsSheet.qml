@@ -191,6 +191,13 @@ Popup {
                         checked: sheet.viewModel.cleanDotFiles
                         onToggled: on => sheet.viewModel.cleanDotFiles = on
                     }
+                    OptionToggle {
+                        objectName: "mirrorToggle"
+                        title: Texts.texts.mirrorTitle
+                        description: Texts.texts.mirrorDesc
+                        checked: sheet.viewModel.removeDeletedPlaylists
+                        onToggled: on => sheet.viewModel.removeDeletedPlaylists = on
+                    }
                 }
 
                 ColumnLayout {

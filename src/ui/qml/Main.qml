@@ -77,6 +77,11 @@ ApplicationWindow {
         viewModel: window.viewModel
     }
 
+    MirrorConfirmDialog {
+        objectName: "mirrorDialog"
+        viewModel: window.viewModel
+    }
+
     Dialog {
         id: alert
         objectName: "alertDialog"
