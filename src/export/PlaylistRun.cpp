@@ -100,10 +100,11 @@ QList<Removal> mirrorPlan(const PlaylistRunRequest &request, const DeviceRecord 
             removal.result.reason = QStringLiteral("edited since Kestrune wrote it");
         } else {
             removal.result.outcome = ExportItemResult::Outcome::removed;
-            const bool renamed = isRenameKey(entry.playlistId, request.libraryIds) && exportedIds.contains(entry.playlistId);
-            removal.result.reason = renamed                                         ? QStringLiteral("renamed in iTunes")
-                                    : request.libraryIds.contains(entry.playlistId) ? QStringLiteral("no longer exported")
-                                                                                    : QStringLiteral("deleted in iTunes");
+            const bool known = isRenameKey(entry.playlistId, request.libraryIds);
+            removal.result.reason = known && exportedIds.contains(entry.playlistId) ? QStringLiteral("renamed in iTunes")
+                                    : known && request.libraryIds.contains(entry.playlistId)
+                                        ? QStringLiteral("no longer exported")
+                                        : QStringLiteral("deleted in iTunes");
         }
         plan.append(removal);
     }

@@ -270,6 +270,37 @@ private Q_SLOTS:
         QCOMPARE(forced["changelog"].toObject()["written"].toInt(), 1);
     }
 
+    // After each iTunes sync: the first sync writes everything, the second only what changed, and removes
+    // the files of a playlist deleted and of one renamed, never the user's own.
+    void twoSyncsInARow()
+    {
+        TrackItem played = TrackItem::song(1, "Song One", "Band", ":iPod_Control:Music:F00:A.mp3", 61000);
+        played.playCount = 4;
+        const auto library = [&played](const char *rockName, bool withGone) {
+            ITunesDBWriter writer;
+            writer.addTrack(played).addPlaylist(PlaylistItem::of(rockName, {1}, 42)).addPlaylist(PlaylistItem::of("Chill", {1}, 43));
+            if (withGone)
+                writer.addPlaylist(PlaylistItem::of("Gone", {1}, 44));
+            return writer.build();
+        };
+        IPod ipod(library("Rock: Live", true));
+        writeFile(ipod.path("iPod_Control/Music/F00/A.mp3"), "music");
+        QDir().mkpath(ipod.path(".rockbox"));
+        const QJsonObject first = cli({"sync", ipod.root(), "--json"}).json();
+        QCOMPARE(names(first["playlists"].toObject()["results"].toArray(), "status"), (QStringList{"updated", "written", "written"})); // "Rock: Live" matched rock_ live.m3u
+        QCOMPARE(first["statistics"].toObject()["status"].toString(), "written");
+
+        writeFile(ipod.path("iPod_Control/iTunes/iTunesDB"), library("Live Rock", false));
+        const Run second = cli({"sync", ipod.root()});
+        QCOMPARE(second.exitCode, 0);
+        QCOMPARE(second.out.left(second.out.indexOf("\n2 playlists")),
+                 "Playlists:\n  wrote   Live Rock.m3u8 (1 track)\n  unchanged Chill.m3u8 (1 track)\n"
+                 "  removed Rock_ Live.m3u8 (renamed in iTunes)\n  removed Gone.m3u8 (deleted in iTunes)");
+        QVERIFY2(second.out.contains("Play counts and ratings:\n  unchanged "), second.out.constData());
+        QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files, QDir::Name),
+                 (QStringList{"Chill.m3u8", "Live Rock.m3u8", "rock_ live.m3u"}));
+    }
+
     void filesAndDevices()
     {
         IPod ipod;

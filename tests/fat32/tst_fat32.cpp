@@ -241,6 +241,55 @@ private Q_SLOTS:
             QCOMPARE(outcome.scenarioOut.trimmed(), "clean 0");
     }
 
+    // A run where nothing changed writes nothing at all: no flush, no write, every timestamp as it was.
+    void unchangedRunWritesNothing()
+    {
+        Device device(Device::numbered(200));
+        QDir().mkpath(device.tree(".rockbox"));
+        QCOMPARE(QProcess::execute("sh", {"-c", "exec \"$0\" convert \"$1\" >/dev/null", KESTRUNE_CLI_PATH, device.tree()}), 0); // the first run, on the host
+        const Outcome outcome = RUN_OR_SKIP(device,
+            "dm=dm-$(dmsetup info -c --noheadings -o minor ipod | tr -d ' ')\n"
+            "io() { awk -v dm=$dm '$3 == dm { print \"writes\", $8, \"flushes\", $19 }' /proc/diskstats; }\n"
+            "stat -c '%n %s %Y' \"$IPOD\"/Playlists/* \"$IPOD\"/.rockbox/* >\"$SCRATCH/before\"\nsync\nbefore=$(io)\n"
+            "run cli \"$CLI\" convert \"$IPOD\" --mirror\n"
+            "echo \"$before / $(io)\"\nstat -c '%n %s %Y' \"$IPOD\"/Playlists/* \"$IPOD\"/.rockbox/* | cmp - \"$SCRATCH/before\" && echo same\n");
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.out.count(" unchanged "), 200);
+        const QStringList io = outcome.scenarioOut.section(u'\n', 0, 0).split(" / ");
+        QVERIFY2(io.size() == 2 && io.first() == io.last() && io.first().startsWith("writes"), qPrintable(outcome.scenarioOut));
+        QVERIFY2(outcome.scenarioOut.contains("\nsame"), qPrintable(outcome.scenarioOut));
+    }
+
+    // The cable pulled while mirror removes the files of deleted playlists: each is either still there,
+    // whole, or gone; every other playlist is whole.
+    void cutDuringMirrorRemovals()
+    {
+        QList<PlaylistItem> playlists = Device::numbered(600);
+        Device device(playlists);
+        QDir().mkpath(device.tree(".rockbox"));
+        QCOMPARE(QProcess::execute("sh", {"-c", "exec \"$0\" convert \"$1\" >/dev/null", KESTRUNE_CLI_PATH, device.tree()}), 0);
+        const QMap<QString, QByteArray> written = device.newFiles();
+        ITunesDBWriter kept;
+        for (quint32 id = 1; id <= 20; ++id)
+            kept.addTrack(TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Band",
+                                          QStringLiteral(":iPod_Control:Music:F%1:S%2.mp3").arg(id % 50, 2, 10, QChar(u'0')).arg(id)));
+        for (qsizetype n = 0; n < 300; ++n)
+            kept.addPlaylist(playlists.at(n));
+        writeFile(device.tree("../iTunesDB.after-sync"), kept.build());
+        const Outcome outcome = RUN_OR_SKIP(device,
+            "cp \"$JOB/iTunesDB.after-sync\" \"$IPOD/iPod_Control/iTunes/iTunesDB\" && sync\n"
+            "fewer() { local -a m; shopt -s nullglob; m=(\"$IPOD\"/Playlists/*.m3u8); shopt -u nullglob; [ ${#m[@]} -le $1 ]; }\n"
+            "eager_writeback\nwarm_cache\narm pull_cable\nrun cli \"$CLI\" convert \"$IPOD\" --mirror &\n"
+            "wait_until 60 fewer 500\nfire\nwait\n");
+        for (auto it = written.cbegin(); it != written.cend(); ++it) {
+            const bool deleted = it.key() >= "Playlists/Playlist 0300";
+            const QByteArray found = outcome.files.value(it.key());
+            QVERIFY2(found == it.value() || (deleted && found.isEmpty()), qPrintable(it.key() + ": " + found));
+            QVERIFY2(!outcome.fsck.contains("/" + it.key()), qPrintable(outcome.fsck));
+        }
+        QVERIFY2(outcome.out.contains("Playlist 0300.m3u8 (deleted in iTunes)"), qPrintable(outcome.out.right(300)));
+    }
+
     void badSectorInTheDatabaseIsAReadError()
     {
         Device device(Device::numbered(3));
