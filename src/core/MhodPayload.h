@@ -18,6 +18,7 @@ enum MhodType : quint32 {
     mhodArtist = 4,
     mhodGenre = 5,
     mhodComposer = 12,
+    mhodAlbumArtist = 22,
 };
 
 // The text bytes of a string object ("mhod"), with the form they are in.

@@ -58,7 +58,7 @@ size_t qHash(const Track &track, size_t seed) noexcept
     const TrackFields &f = track.fields();
     return qHashMulti(seed, f.id, f.title, f.artist, f.album, f.genre, f.composer, f.ipodPath, f.fileSize,
                       f.totalTimeMs, f.trackNumber, f.year, f.bitrate, f.rating, f.playCount, f.lastPlayed,
-                      f.skipCount);
+                      f.skipCount, f.albumArtist, f.dbId, f.artworkId);
 }
 
 } // namespace kestrune

@@ -16,6 +16,7 @@ struct TrackFields {
     QString genre;
     QString composer;
     QString ipodPath; // colon-separated, as the database stores it: ":iPod_Control:Music:F00:ABCD.mp3"
+    QString albumArtist;
     quint32 fileSize = 0;
     quint32 totalTimeMs = 0;
     quint32 trackNumber = 0;
@@ -27,6 +28,10 @@ struct TrackFields {
     quint32 playCount = 0;
     quint32 lastPlayed = 0;
     quint32 skipCount = 0;
+    // The persistent id (what an artwork database's song id names) and the artwork link: the image id of
+    // the track's cover in the artwork database, 0 for none (or a database too old to say).
+    quint64 dbId = 0;
+    quint32 artworkId = 0;
 
     bool operator==(const TrackFields &) const = default;
 };
@@ -50,6 +55,9 @@ public:
     [[nodiscard]] const QString &genre() const { return d->genre; }
     [[nodiscard]] const QString &composer() const { return d->composer; }
     [[nodiscard]] const QString &ipodPath() const { return d->ipodPath; }
+    [[nodiscard]] const QString &albumArtist() const { return d->albumArtist; }
+    [[nodiscard]] quint64 dbId() const { return d->dbId; }
+    [[nodiscard]] quint32 artworkId() const { return d->artworkId; }
     [[nodiscard]] quint32 fileSize() const { return d->fileSize; }
     [[nodiscard]] quint32 totalTimeMs() const { return d->totalTimeMs; }
     [[nodiscard]] quint32 trackNumber() const { return d->trackNumber; }

@@ -26,6 +26,8 @@ std::optional<TrackTexts::Field> trackTextField(quint32 type)
         return TrackTexts::genre;
     case mhodComposer:
         return TrackTexts::composer;
+    case mhodAlbumArtist:
+        return TrackTexts::albumArtist;
     default:
         return std::nullopt;
     }
@@ -51,6 +53,19 @@ void readStatistics(BinaryReader &reader, const ItemHead &item, TrackFields &tra
         track.skipCount = wordAt(156);
 }
 
+// The persistent id and, from iTunes 7.4 on, the cover's image id.
+void readIdentity(BinaryReader &reader, const ItemHead &item, TrackFields &track)
+{
+    if (item.headerLen >= 120) {
+        reader.seek(item.start + 112);
+        track.dbId = reader.readUInt64LE().value_or(0);
+    }
+    if (item.headerLen >= 0x184) {
+        reader.seek(item.start + 352);
+        track.artworkId = reader.readUInt32LE().value_or(0);
+    }
+}
+
 Track readTrackItem(BinaryReader &reader, const ItemHead &item, ParseBudget &budget)
 {
     TrackFields track{.id = item.word16};
@@ -64,6 +79,7 @@ Track readTrackItem(BinaryReader &reader, const ItemHead &item, ParseBudget &bud
         track.bitrate = reader.readUInt32LE().value_or(0);
     }
     readStatistics(reader, item, track);
+    readIdentity(reader, item, track);
     reader.seek(item.start + item.headerLen);
     TrackTexts texts;
     walkDataObjects(reader, item.end(), item.word12, budget,

@@ -17,8 +17,8 @@ void TrackTexts::setDecoded(Field field, QString text)
 
 void TrackTexts::moveInto(TrackFields &track)
 {
-    const std::array<QString *, fieldCount> fields{&track.title, &track.artist,   &track.album,
-                                                   &track.genre, &track.composer, &track.ipodPath};
+    const std::array<QString *, fieldCount> fields{&track.title,    &track.artist,   &track.album,      &track.genre,
+                                                   &track.composer, &track.ipodPath, &track.albumArtist};
     qsizetype total = 0;
     for (const Text &text : m_texts)
         total += text.size();

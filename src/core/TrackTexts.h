@@ -9,13 +9,13 @@
 
 namespace kestrune {
 
-// The six texts of one track as the parser meets them, each either still the database's own UTF-16 bytes
+// The seven texts of one track as the parser meets them, each either still the database's own UTF-16 bytes
 // (the usual case; see isPlainUtf16Text) or a string decoded already. They end in one allocation that all
 // six share, each at its own offset: one allocation per track instead of six, and no text copied twice.
 // The strings behave as any others: a change detaches the changed one.
 class TrackTexts {
 public:
-    enum Field { title, artist, album, genre, composer, ipodPath, fieldCount };
+    enum Field { title, artist, album, genre, composer, ipodPath, albumArtist, fieldCount };
 
     // A later text for the same field replaces the earlier one, as a later data object does.
     void setUtf16(Field field, QByteArrayView littleEndianUtf16);

@@ -107,8 +107,11 @@ QByteArray mhit(const TrackItem &track)
         .u32(0) // total tracks
         .u32(track.year)
         .u32(track.bitrate);
-    header.u32(44100u << 16).padTo(160 - 12); // the header is cut to its length below
+    header.u32(44100u << 16).padTo(0x248 - 12); // the header is cut to its length below
     header.patchU32(80 - 12, track.playCount);
+    header.patchU32(112 - 12, quint32(track.dbId));
+    header.patchU32(116 - 12, quint32(track.dbId >> 32));
+    header.patchU32(352 - 12, track.artworkId);
     header.patchU32(88 - 12, track.lastPlayed);
     header.patchU32(156 - 12, track.skipCount);
     const quint32 total = track.totalLength.value_or(track.headerLength + lengthOf(body));

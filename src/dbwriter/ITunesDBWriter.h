@@ -37,6 +37,8 @@ struct TrackItem {
     quint32 playCount = 0;
     quint32 lastPlayed = 0; // Mac epoch seconds
     quint32 skipCount = 0;  // written only with a header of 160 bytes or more
+    quint64 dbId = 0;       // at +112
+    quint32 artworkId = 0;  // at +352: written only with a header of 0x184 bytes or more (0x248 as iTunes 7.4)
     QList<StringObject> strings;
     quint32 headerLength = 0xF4;
     std::optional<quint32> stringCount;

@@ -31,6 +31,12 @@ DeviceFolder DeviceFolder::failed(const QString &path, const QString &reason)
 
 namespace {
 
+qint64 coarseModificationTime(qint64 milliseconds)
+{
+    constexpr qint64 fatStep = 2000;
+    return milliseconds - ((milliseconds % fatStep) + fatStep) % fatStep;
+}
+
 // The components of a relative path; none when one of them would leave the folder.
 std::optional<QStringList> componentsOf(const QString &relativePath)
 {
@@ -162,6 +168,15 @@ std::optional<QByteArray> DeviceFolder::readFile(const QString &name, qint64 max
     return bytes;
 }
 
+std::optional<DeviceFolder::Stamp> DeviceFolder::stampOf(const QString &name) const
+{
+    struct stat status {};
+    if (!isOpen() || ::fstatat(descriptor(), QFile::encodeName(name).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return Stamp{qint64(status.st_size), coarseModificationTime(qint64(status.st_mtim.tv_sec) * 1000 + status.st_mtim.tv_nsec / 1000000)};
+}
+
 std::optional<QString> DeviceFolder::flush() const
 {
     if (!isOpen())
@@ -249,6 +264,14 @@ std::optional<QByteArray> DeviceFolder::readFile(const QString &name, qint64 max
 std::optional<QString> DeviceFolder::flush() const
 {
     return m_error;
+}
+
+std::optional<DeviceFolder::Stamp> DeviceFolder::stampOf(const QString &name) const
+{
+    const QFileInfo info(m_path + u'/' + name);
+    if (entryKind(name) != EntryKind::file)
+        return std::nullopt;
+    return Stamp{info.size(), coarseModificationTime(info.lastModified().toMSecsSinceEpoch())};
 }
 
 bool DeviceFolder::holdsExactly(const QString &name, const QByteArray &bytes) const

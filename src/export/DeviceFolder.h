@@ -45,6 +45,17 @@ public:
     // first, so that a file of another size is never read.
     [[nodiscard]] bool holdsExactly(const QString &name, const QByteArray &bytes) const;
 
+    // A regular file's size and modification time in milliseconds, what a change of its bytes changes;
+    // none when it is not a regular file here. The time is taken in FAT's steps of two seconds: a system
+    // may hold a finer time in memory than the volume keeps, and the stamp must read the same after a
+    // remount.
+    struct Stamp {
+        qint64 size = -1;
+        qint64 modifiedMs = -1;
+        bool operator==(const Stamp &) const = default;
+    };
+    [[nodiscard]] std::optional<Stamp> stampOf(const QString &name) const;
+
     // Puts this folder's changes (removals, renames) on the device; gives the reason it could not.
     [[nodiscard]] std::optional<QString> flush() const;
 

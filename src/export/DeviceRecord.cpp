@@ -55,7 +55,9 @@ QByteArray DeviceRecord::serialized() const
     for (const RecordEntry &entry : entries) {
         QJsonObject file{{QStringLiteral("kind"), kindName(entry.kind)},
                          {QStringLiteral("path"), entry.path},
-                         {QStringLiteral("sha256"), QString::fromLatin1(entry.sha256)}};
+                         {QStringLiteral("sha256"), QString::fromLatin1(entry.sha256)},
+                         {QStringLiteral("size"), entry.stamp.size},
+                         {QStringLiteral("modified"), entry.stamp.modifiedMs}};
         if (entry.kind == RecordEntry::Kind::playlist && entry.onTheGo)
             file.insert(QStringLiteral("onTheGo"), true);
         else if (entry.kind == RecordEntry::Kind::playlist)
@@ -88,7 +90,9 @@ DeviceRecord DeviceRecord::parsed(const QByteArray &bytes)
                           .playlistId = file.value(QStringLiteral("playlistId")).toString().toULongLong(),
                           .onTheGo = file.value(QStringLiteral("onTheGo")).toBool(),
                           .coverName = file.value(QStringLiteral("coverName")).toString(),
-                          .pixels = file.value(QStringLiteral("pixels")).toString().toLatin1()};
+                          .pixels = file.value(QStringLiteral("pixels")).toString().toLatin1(),
+                          .stamp = {qint64(file.value(QStringLiteral("size")).toDouble(-1)),
+                                    qint64(file.value(QStringLiteral("modified")).toDouble(-1))}};
         // An entry that cannot be trusted is left out: its file is then simply not Kestrune's.
         if (kind && isPlainRelativePath(entry.path) && entry.sha256.size() == 64 && !record.entryAt(entry.path))
             record.entries.append(std::move(entry));

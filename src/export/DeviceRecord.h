@@ -22,6 +22,7 @@ namespace kestrune {
 //               "coverName": "Band-Album", "pixels": "…"},
 //              {"kind": "changelog", "path": ".rockbox/database_changelog.txt", "sha256": "…"}]}
 //
+// Each entry also holds the file's "size" and "modified" time (milliseconds) as last seen.
 // Paths are relative to the device's root, with "/"; sha256 is the hex SHA-256 of the bytes written;
 // playlistId is the playlist's persistent id as a decimal string; pixels the hash of a cover's decoded
 // source pixels. A split playlist has one entry per part, a cover one per size.
@@ -35,6 +36,9 @@ struct RecordEntry {
     bool onTheGo = false;
     QString coverName;
     QByteArray pixels;
+    // The file's size and modification time when Kestrune last wrote or checked it: while both are as
+    // recorded, the file still holds the recorded bytes, and a slow device need not be read to know it.
+    DeviceFolder::Stamp stamp;
 
     bool operator==(const RecordEntry &) const = default;
 };

@@ -165,8 +165,13 @@ PlaylistRunReport runPlaylists(const WriteScope &scope, const PlaylistRunRequest
     }
     QList<QByteArray> digests;
     if (!request.dryRun) {
+        // The record vouches for a file whose bytes it names while its size and time are as recorded.
+        const auto knownUnchanged = [&](const QString &filename, const QByteArray &digest) {
+            const RecordEntry *entry = record ? record->entryAt(recordPath(scope.relativeFolder, filename)) : nullptr;
+            return entry && entry->sha256 == digest && entry->stamp.size >= 0 && destination.stampOf(filename) == entry->stamp;
+        };
         const QList<ExportItemResult> done = generator.exportPlaylists(toWrite, destination, request.options, written,
-                                                                       stop, toWriteNames, &digests);
+                                                                       stop, toWriteNames, &digests, knownUnchanged);
         for (qsizetype i = 0; i < report.results.size(); ++i) {
             if (writeIndex.at(i) >= 0)
                 report.results[i] = done.at(writeIndex.at(i));
@@ -213,7 +218,8 @@ PlaylistRunReport runPlaylists(const WriteScope &scope, const PlaylistRunRequest
             producedPaths.insert(path);
             if (result.isSuccess && !digest.isEmpty())
                 fresh.append(RecordEntry{.kind = RecordEntry::Kind::playlist, .path = path, .sha256 = digest,
-                                         .playlistId = playlist.dbId, .onTheGo = playlist.isOnTheGo});
+                                         .playlistId = playlist.dbId, .onTheGo = playlist.isOnTheGo,
+                                         .stamp = destination.stampOf(result.filename).value_or(DeviceFolder::Stamp{})});
             else if (const RecordEntry *earlier = record->entryAt(path))
                 fresh.append(*earlier); // not written this time: what was known of it stays
         }

@@ -117,7 +117,8 @@ QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> 
                                                           const RunProgress &written,
                                                           const std::atomic<bool> *stop,
                                                           const QStringList &givenFilenames,
-                                                          QList<QByteArray> *digests) const
+                                                          QList<QByteArray> *digests,
+                                                          const UnchangedProof &knownUnchanged) const
 {
     const QString folder = destination.path();
     PlaylistWriteBatch batch(destination, stop);
@@ -149,9 +150,11 @@ QList<ExportItemResult> RockboxGenerator::exportPlaylists(const QList<Playlist> 
             if (!bytes)
                 result.errorMessage = QStringLiteral("Impossibile codificare la playlist in formato UTF-8.");
         }
+        const QByteArray digest = bytes && (digests || knownUnchanged) ? contentDigest(*bytes) : QByteArray();
         if (digests)
-            digests->append(bytes ? contentDigest(*bytes) : QByteArray());
-        if (bytes && destination.holdsExactly(filename, *bytes)) { // nothing to write, nor to flush
+            digests->append(digest);
+        if (bytes && ((knownUnchanged && knownUnchanged(filename, digest)) || destination.holdsExactly(filename, *bytes))) {
+            // nothing to write, nor to flush
             result.outcome = ExportItemResult::Outcome::unchanged;
             result.isSuccess = true;
         } else if (bytes) {

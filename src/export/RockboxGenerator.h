@@ -53,6 +53,7 @@ public:
     // for the whole run (see PlaylistWriteBatch). A result says success only once its file is on the
     // device. `written` is called with the number of files written so far, after each one.
     using RunProgress = std::function<void(qsizetype written)>;
+    using UnchangedProof = std::function<bool(const QString &filename, const QByteArray &digest)>;
     [[nodiscard]] QList<ExportItemResult> exportPlaylists(const QList<Playlist> &playlists,
                                                           const QUrl &playlistsBaseFolder,
                                                           const ConversionOptions &options,
@@ -61,6 +62,8 @@ public:
     // the files not yet renamed into place are abandoned, their old files left as they were. `filenames`,
     // when given, are the names playlistFilenames() gave a larger set these playlists were chosen from.
     // `digests`, when given, gets each result's contentDigest() of its bytes (empty when there were none).
+    // `knownUnchanged(filename, digest)` may vouch that the file holds those bytes (by the record of what
+    // Kestrune wrote), which spares reading it back on a slow device.
     // A file that already holds exactly the bytes is left alone: "unchanged", nothing written.
     [[nodiscard]] QList<ExportItemResult> exportPlaylists(const QList<Playlist> &playlists,
                                                           const DeviceFolder &destination,
@@ -68,7 +71,8 @@ public:
                                                           const RunProgress &written,
                                                           const std::atomic<bool> *stop,
                                                           const QStringList &filenames = {},
-                                                          QList<QByteArray> *digests = nullptr) const;
+                                                          QList<QByteArray> *digests = nullptr,
+                                                          const UnchangedProof &knownUnchanged = {}) const;
 
     [[nodiscard]] QList<RockboxFileItem> listPlaylists(const QUrl &playlistsBaseURL) const;
     [[nodiscard]] QList<ExistingRockboxFile> scanExistingPlaylists(const QUrl &playlistsBaseURL) const;

@@ -22,7 +22,8 @@
 #                              io.max): fsync and O_DIRECT, not the writeback that syncfs waits for
 #   lazy_unmount               detach the volume (umount -l) while programs still use it
 #   fill_volume [KB]           fill the free space with one file, `filler`, but for KB kilobytes
-# JOBDIR/mount-options, if present, replaces the mount options "utf8,shortname=mixed".
+# JOBDIR/mount-options, if present, replaces the mount options "utf8,shortname=mixed"; JOBDIR/mkfs-options,
+# if present, adds options to mkfs.vfat (such as a cluster size).
 # Results in JOBDIR: guest.status (progress), scenario.out/.err/.status, fsck.out/.status
 # (fsck.vfat -n of the raw device afterwards), manifest.txt ("SHA1 SIZE PATH" per file, from a
 # read-only mount of the raw device, so as the kernel reads it before any repair).
@@ -46,7 +47,8 @@ for m in fs/nls/nls_cp437 fs/nls/nls_iso8859-1 fs/nls/nls_utf8 fs/fat/fat fs/fat
 done
 SECTORS=$(blockdev --getsz $RAW)
 options=$(cat "$JOB/mount-options" 2>/dev/null || echo utf8,shortname=mixed)
-dmsetup create ipod --table "0 $SECTORS linear $RAW 0" && mkfs.vfat -F 32 -n IPOD $DEV >/dev/null &&
+read -ra format_options <"$JOB/mkfs-options" 2>/dev/null || format_options=()
+dmsetup create ipod --table "0 $SECTORS linear $RAW 0" && mkfs.vfat -F 32 "${format_options[@]}" -n IPOD $DEV >/dev/null &&
     mount -t vfat -o "$options" $DEV "$IPOD" || { note "creating the volume failed"; exit; }
 note "mounted $DEV at $IPOD with $options"
 

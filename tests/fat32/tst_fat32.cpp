@@ -246,8 +246,9 @@ private Q_SLOTS:
     {
         Device device(Device::numbered(200));
         QDir().mkpath(device.tree(".rockbox"));
-        QCOMPARE(QProcess::execute("sh", {"-c", "exec \"$0\" convert \"$1\" >/dev/null", KESTRUNE_CLI_PATH, device.tree()}), 0); // the first run, on the host
+        // The first run, then a fresh mount: nothing the second run finds is still in memory.
         const Outcome outcome = RUN_OR_SKIP(device,
+            "run first \"$CLI\" convert \"$IPOD\"\ncd / && umount \"$IPOD\" && mount -t vfat -o \"$options\" $DEV \"$IPOD\"\n"
             "dm=dm-$(dmsetup info -c --noheadings -o minor ipod | tr -d ' ')\n"
             "io() { awk -v dm=$dm '$3 == dm { print \"writes\", $8, \"flushes\", $19 }' /proc/diskstats; }\n"
             "stat -c '%n %s %Y' \"$IPOD\"/Playlists/* \"$IPOD\"/.rockbox/* >\"$SCRATCH/before\"\nsync\nbefore=$(io)\n"
