@@ -19,6 +19,7 @@ int runDevices(const QStringList &arguments, CliOutput &output);
 int runCheck(const QStringList &arguments, CliOutput &output);
 int runStats(const QStringList &arguments, CliOutput &output);
 int runSync(const QStringList &arguments, CliOutput &output);
+int runArt(const QStringList &arguments, CliOutput &output);
 
 // Parses a command's arguments. Gives the status to exit with when the command ends here: after its help
 // (--help, 0) or a usage error (one line and a hint, 2); none when it goes on.

@@ -15,7 +15,7 @@ struct CommandHelp {
     const char *options; // one "  --option   meaning" line each, or empty
 };
 
-const std::array<CommandHelp, 9> commands{{
+const std::array<CommandHelp, 10> commands{{
     {"playlists", "playlists SOURCE [--on-the-go] [--json]",
      "List the playlists in database order, with the file each matches in SOURCE/Playlists, their folders,\n"
      "and warnings about entries the player will not play.",
@@ -51,6 +51,19 @@ const std::array<CommandHelp, 9> commands{{
      "                      as for convert\n"
      "  --dry-run           say what would be written and removed, change nothing\n"
      "  --json              one JSON object with a section per step\n"},
+    {"art", "art SOURCE [--dry-run] [--size WxH] [--mirror] [--force] [--json]",
+     "Write the covers iTunes put on the iPod (its artwork database) where Rockbox looks them up:\n"
+     "SOURCE/.rockbox/albumart/ARTIST-ALBUM.jpg, ARTIST being the album artist, else the artist, with\n"
+     "\" made ' and * / : < > ? \\ | made _ as the player does. One baseline JPEG per name, at the largest\n"
+     "size the iPod stores; Rockbox scales it for the now-playing screen and PictureFlow. By default\n"
+     "Rockbox still prefers a cover embedded in the music file (Settings > Theme Settings > Album Art).\n"
+     "A device without covers or without a .rockbox folder is said in one line, and nothing is written.",
+     "  --size WxH          also write ARTIST-ALBUM.WxH.jpg, the variant Rockbox tries first for a theme\n"
+     "                      whose cover box is that size (120x120 on a Video or a Classic)\n"
+     "  --mirror            remove the covers Kestrune wrote that no track needs any more\n"
+     "  --force             replace cover files Kestrune did not write, or that were edited since\n"
+     "  --dry-run           say what would be written and removed, change nothing\n"
+     "  --json              print the results as JSON\n"},
     {"files", "files DIR [--json]", "List the playlist files in a folder, sorted as a file browser sorts them.",
      ""},
     {"clean", "clean DIR",

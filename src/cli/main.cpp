@@ -47,7 +47,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("convert"), runConvert},     {QStringLiteral("files"), runFiles},
         {QStringLiteral("clean"), runClean},         {QStringLiteral("devices"), runDevices},
         {QStringLiteral("check"), runCheck},         {QStringLiteral("stats"), runStats},
-        {QStringLiteral("sync"), runSync},
+        {QStringLiteral("sync"), runSync},           {QStringLiteral("art"), runArt},
     };
     const auto found = commands.find(command);
     if (found == commands.end()) {

@@ -11,7 +11,7 @@ namespace {
 
 // Far beyond any real file (the player keeps a few thousand entries), so a damaged or hostile file
 // costs bounded work.
-constexpr qint64 largestFile = 4 * 1024 * 1024;
+constexpr qint64 largestOnTheGoFile = 4 * 1024 * 1024;
 constexpr int mostFiles = 1000;
 
 } // namespace
@@ -46,7 +46,7 @@ OnTheGoPlaylists readOnTheGoPlaylists(const QString &iTunesFolder, const ParseRe
                 continue; // the numbered files may stand without the first
             break;
         }
-        const std::optional<QList<quint32>> indexes = parseOnTheGoFile(file.read(largestFile));
+        const std::optional<QList<quint32>> indexes = parseOnTheGoFile(file.read(largestOnTheGoFile));
         if (!indexes) {
             found.problems.append(QStringLiteral("%1: not an On-The-Go playlist file; skipped").arg(name));
             continue;

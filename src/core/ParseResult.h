@@ -22,6 +22,16 @@ struct ParseResult {
     bool playlistsIncomplete = false;
 
     bool operator==(const ParseResult &) const = default;
+
+    // The tracks in the order the file first lists them.
+    [[nodiscard]] QList<Track> tracksInOrder() const
+    {
+        QList<Track> ordered;
+        ordered.reserve(trackOrder.size());
+        for (const quint32 id : trackOrder)
+            ordered.append(tracks.value(id));
+        return ordered;
+    }
 };
 
 } // namespace kestrune

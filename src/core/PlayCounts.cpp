@@ -10,7 +10,7 @@ namespace kestrune {
 namespace {
 
 // A real file holds one short entry per track; this is far beyond any iPod's library.
-constexpr qint64 largestFile = 64 * 1024 * 1024;
+constexpr qint64 largestPlayCountsFile = 64 * 1024 * 1024;
 
 } // namespace
 
@@ -48,7 +48,7 @@ std::optional<QList<PlayCountEntry>> readPlayCounts(const QString &iTunesFolder)
     QFile file(iTunesFolder + QStringLiteral("/Play Counts"));
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) // a FIFO would block the reader
         return std::nullopt;
-    return parsePlayCounts(file.read(largestFile));
+    return parsePlayCounts(file.read(largestPlayCountsFile));
 }
 
 void applyPlayCounts(QHash<quint32, Track> &tracks, const QList<quint32> &trackItemIds,
@@ -79,9 +79,7 @@ LibraryStatistics libraryStatistics(ParseResult library, const QString &iTunesFo
     } else {
         statistics.playCountsUnreadable = QFileInfo::exists(iTunesFolder + QStringLiteral("/Play Counts"));
     }
-    statistics.tracks.reserve(library.trackOrder.size());
-    for (quint32 id : std::as_const(library.trackOrder))
-        statistics.tracks.append(library.tracks.value(id));
+    statistics.tracks = library.tracksInOrder();
     return statistics;
 }
 

@@ -2,8 +2,10 @@
 // It shows what a conversion meets in practice: non-ASCII and unsafe playlist names, a smart playlist, an
 // empty one, an existing playlist file to update, and macOS dot files to clean; and play counts and
 // ratings to carry over to Rockbox, some counted since the last sync, for music files whose names on the
-// device differ in case from the database's paths.
+// device differ in case from the database's paths; and covers in the iPod Video's artwork database, for
+// Rockbox's album art folder.
 // Usage: kestrune-make-demo-ipod DIR
+#include "dbwriter/ArtworkDBWriter.h"
 #include "dbwriter/ITunesDBWriter.h"
 
 #include <QCoreApplication>
@@ -68,6 +70,35 @@ QByteArray demoPlayCounts()
     return playCountsFile(entries);
 }
 
+quint64 persistentIdOf(quint32 trackId)
+{
+    return 0xD3E0000000000000ull + trackId;
+}
+
+// A made-up cover: two colours in diagonal bands, one pair per album.
+ArtworkWriter::Picture demoCover(int size, int hue)
+{
+    return ArtworkWriter::Picture::filled(size, size, [=](int x, int y) {
+        const bool band = ((x + y) * 8 / size) % 2 == 0;
+        const int shade = 255 - (y * 96 / size);
+        return band ? rgb565(shade * ((hue >> 16) & 0xFF) / 255, shade * ((hue >> 8) & 0xFF) / 255, shade * (hue & 0xFF) / 255)
+                    : rgb565(40, 40, 48);
+    });
+}
+
+// One cover per track, in the Video's two sizes, linked by the track's persistent id as iTunes does on
+// a Video; the voice memo and the untitled track have none.
+ArtworkWriter demoArtwork()
+{
+    ArtworkWriter artwork;
+    const int hues[] = {0xE8A040, 0xE8A040, 0x5090E0, 0xD04848, 0x60C070, 0xD04848, 0x9060D0, 0x9060D0, 0xE060B0, 0x40C0C0};
+    quint32 id = 101;
+    for (const int hue : hues) {
+        artwork.addImage(persistentIdOf(id++), {{1029, 200, 200, demoCover(200, hue)}, {1028, 100, 100, demoCover(100, hue)}});
+    }
+    return artwork;
+}
+
 QByteArray demoDatabase()
 {
     ITunesDBWriter builder;
@@ -83,6 +114,7 @@ QByteArray demoDatabase()
         track.playCount = song.plays;
         track.rating = quint8(song.stars * 20);
         track.lastPlayed = song.plays > 0 ? lastSync - (id % 7) * 86400 - song.plays * 3600 : 0;
+        track.dbId = persistentIdOf(id);
         builder.addTrack(track);
         master.entries.append(PlaylistEntry{.trackId = id++});
     }
@@ -109,6 +141,10 @@ int main(int argc, char **argv)
 
     writeFile(root.filePath(QStringLiteral("iPod_Control/iTunes/iTunesDB")), demoDatabase());
     writeFile(root.filePath(QStringLiteral("iPod_Control/iTunes/Play Counts")), demoPlayCounts());
+    const ArtworkWriter artwork = demoArtwork();
+    writeFile(root.filePath(QStringLiteral("iPod_Control/Artwork/ArtworkDB")), artwork.database());
+    for (auto it = artwork.thumbnailFiles().cbegin(); it != artwork.thumbnailFiles().cend(); ++it)
+        writeFile(root.filePath(QStringLiteral("iPod_Control/Artwork/") + it.key()), it.value());
     // A playlist file left by an earlier export, named in another case: the conversion updates it.
     writeFile(root.filePath(QStringLiteral("Playlists/road trip.m3u8")),
               "#EXTM3U\n#EXTINF:254,The Lanterns - Northbound Highway\n/iPod_Control/Music/F00/KQWE.mp3\n");

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "core/RgbPicture.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <optional>
+
+namespace kestrune {
+
+// A baseline JPEG of the picture (one interleaved scan, Huffman coding, no progressive mode: what
+// Rockbox's decoder accepts), at the given quality with full-resolution colour; none when the picture is
+// empty or the encoder fails.
+[[nodiscard]] std::optional<QByteArray> encodeBaselineJpeg(const RgbPicture &picture, int quality = 92);
+
+// A JPEG file's picture; none when it is not one.
+[[nodiscard]] std::optional<RgbPicture> decodeJpeg(QByteArrayView bytes);
+
+// Whether the bytes are a JPEG Rockbox can decode: a baseline frame (SOF0) of 8-bit samples, 1 or 3
+// components, before the first scan.
+[[nodiscard]] bool isBaselineJpeg(QByteArrayView bytes);
+
+} // namespace kestrune
