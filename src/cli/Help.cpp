@@ -45,8 +45,9 @@ const std::array<CommandHelp, 10> commands{{
     {"sync", "sync SOURCE [options]",
      "What to run after each iTunes sync, with one lock and one summary: convert every playlist with\n"
      "--mirror, then write the play counts and ratings to .rockbox/database_changelog.txt when there are\n"
-     "any (replacing one Kestrune wrote, never one the player exported). A step that does not apply is\n"
-     "said and is no failure; the exit status is the worst of the steps.",
+     "any (replacing one Kestrune wrote, never one the player exported), then write the covers as\n"
+     "'art --mirror' does. A step that does not apply is said and is no failure; the exit status is the\n"
+     "worst of the steps.",
      "  --m3u, --no-extinf, --prefix TEXT, --on-the-go, --folders flatten, --split-long\n"
      "                      as for convert\n"
      "  --dry-run           say what would be written and removed, change nothing\n"

@@ -1,6 +1,7 @@
 // `sync`: what a user runs after each iTunes sync, as one command with one lock: the playlists with their
 // deleted and renamed ones mirrored, then the play counts and ratings.
 #include "Commands.h"
+#include "CoverRunOutput.h"
 #include "DeviceSession.h"
 #include "Interruption.h"
 #include "PlaylistRunOutput.h"
@@ -131,15 +132,19 @@ int runSync(const QStringList &arguments, CliOutput &output)
     if (!lock)
         return status;
     const bool mirrorApplies = !mirrorProblem(scope);
-    SyncRequest request{*playlists, libraryStatistics(asRead, QFileInfo(source->databasePath).absolutePath())};
+    const ArtworkLibrary artwork = ArtworkLibrary::open(*source->deviceRoot);
+    SyncRequest request{*playlists, libraryStatistics(asRead, QFileInfo(source->databasePath).absolutePath()),
+                        SyncRequest::Covers{&artwork, CoverRunRequest{.tracks = asRead.tracksInOrder(), .mirror = true}}};
     const qsizetype total = playlists->playlists.size();
     const SyncReport report = kestrune::runSync(
         scope, request, RockboxGenerator(),
         [&](qsizetype count) {
             output.progress(QStringLiteral("[%1/%2] %3").arg(count).arg(total).arg(playlists->playlists.at(count - 1).name));
         },
-        &stopRequested());
+        &stopRequested(),
+        [&](qsizetype done, qsizetype all) { output.progress(QStringLiteral("[%1/%2] covers").arg(done).arg(all)); });
     output.endProgress();
+    const QString coverFolder = *source->deviceRoot + QStringLiteral("/.rockbox/albumart");
 
     if (parser.isSet(QStringLiteral("json"))) {
         QJsonObject json{{QStringLiteral("playlists"), playlistRunJson(report.playlists, destination)}};
@@ -147,6 +152,8 @@ int runSync(const QStringList &arguments, CliOutput &output)
             json.insert(QStringLiteral("mirror"), QStringLiteral("notApplicable"));
         if (report.statistics)
             json.insert(QStringLiteral("statistics"), statisticsJson(*report.statistics));
+        if (report.covers)
+            json.insert(QStringLiteral("covers"), coverRunJson(*report.covers, coverFolder));
         if (report.stopped)
             json.insert(QStringLiteral("stoppedBy"), stoppingSignalName());
         output.printJson(QJsonDocument(json));
@@ -158,6 +165,10 @@ int runSync(const QStringList &arguments, CliOutput &output)
                             "record of what it wrote\n";
         if (report.statistics)
             printStatistics(*report.statistics, dryRun, output.out());
+        if (report.covers) {
+            output.out() << "\nCovers:\n";
+            printCoverRun(*report.covers, coverFolder, dryRun, output);
+        }
         output.out().flush();
     }
     if (report.stopped) {
@@ -166,7 +177,8 @@ int runSync(const QStringList &arguments, CliOutput &output)
         return reportStop(done, report.playlists.results.size(), QStringLiteral("playlists"), output);
     }
     const bool statisticsFailed = report.statistics && report.statistics->isFailure();
-    return std::max(playlistRunStatus(report.playlists), statisticsFailed ? int(exitSomeFailed) : int(exitSuccess));
+    const int coverStatus = report.covers ? coverRunStatus(*report.covers) : int(exitSuccess);
+    return std::max({playlistRunStatus(report.playlists), statisticsFailed ? int(exitSomeFailed) : int(exitSuccess), coverStatus});
 }
 
 } // namespace kestrune::cli

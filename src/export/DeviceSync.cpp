@@ -49,7 +49,8 @@ StatisticsStepReport runStatisticsStep(const DeviceFolder &deviceRoot, const Lib
 }
 
 SyncReport runSync(const WriteScope &scope, const SyncRequest &request, const RockboxGenerator &generator,
-                   const RockboxGenerator::RunProgress &written, const std::atomic<bool> *stop)
+                   const RockboxGenerator::RunProgress &written, const std::atomic<bool> *stop,
+                   const CoverProgress &coverProgress)
 {
     SyncReport report;
     PlaylistRunRequest playlists = request.playlists;
@@ -61,6 +62,12 @@ SyncReport runSync(const WriteScope &scope, const SyncRequest &request, const Ro
         report.statistics = runStatisticsStep(scope.root, *request.statistics, playlists.dryRun);
     else if (request.statistics && !report.stopped)
         report.statistics = StatisticsStepReport{};
+    if (request.covers && !report.stopped && scope.onIPod) {
+        CoverRunRequest covers = request.covers->request;
+        covers.dryRun = playlists.dryRun;
+        report.covers = runCovers(scope.root, *request.covers->artwork, covers, coverProgress, stop);
+        report.stopped = report.covers->stopped;
+    }
     return report;
 }
 

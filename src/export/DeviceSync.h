@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CoverRun.h"
 #include "PlaylistRun.h"
 #include "StatisticsChangelog.h"
 #include "core/PlayCounts.h"
@@ -32,21 +33,28 @@ struct StatisticsStepReport {
                                                      const LibraryStatistics &statistics, bool dryRun);
 
 // What a user runs after each iTunes sync, in one place for the command line and the window: the
-// playlists (with mirror, when asked), then the statistics, each step only when the one before was not
-// stopped. The caller holds the device's lock on scope.root.
+// playlists (with mirror, when asked), then the statistics, then the covers, each step only when the one
+// before was not stopped. The caller holds the device's lock on scope.root.
 struct SyncRequest {
     PlaylistRunRequest playlists;
     std::optional<LibraryStatistics> statistics; // none: the step is not part of this run
+    // The covers, from the iPod's artwork; none: the step is not part of this run.
+    struct Covers {
+        const ArtworkLibrary *artwork = nullptr;
+        CoverRunRequest request;
+    };
+    std::optional<Covers> covers;
 };
 
 struct SyncReport {
     PlaylistRunReport playlists;
     std::optional<StatisticsStepReport> statistics;
+    std::optional<CoverRunReport> covers;
     bool stopped = false;
 };
 
 [[nodiscard]] SyncReport runSync(const WriteScope &scope, const SyncRequest &request, const RockboxGenerator &generator,
                                  const RockboxGenerator::RunProgress &written = {},
-                                 const std::atomic<bool> *stop = nullptr);
+                                 const std::atomic<bool> *stop = nullptr, const CoverProgress &coverProgress = {});
 
 } // namespace kestrune

@@ -1,3 +1,4 @@
+#include "dbwriter/ArtworkDBWriter.h"
 #include "dbwriter/ITunesDBWriter.h"
 #include "support/TestFiles.h"
 
@@ -289,6 +290,7 @@ private Q_SLOTS:
         const QJsonObject first = cli({"sync", ipod.root(), "--json"}).json();
         QCOMPARE(names(first["playlists"].toObject()["results"].toArray(), "status"), (QStringList{"updated", "written", "written"})); // "Rock: Live" matched rock_ live.m3u
         QCOMPARE(first["statistics"].toObject()["status"].toString(), "written");
+        QVERIFY(first["covers"].toObject()["notApplicable"].toString().contains("no artwork database"));
 
         writeFile(ipod.path("iPod_Control/iTunes/iTunesDB"), library("Live Rock", false));
         const Run second = cli({"sync", ipod.root()});
@@ -299,6 +301,25 @@ private Q_SLOTS:
         QVERIFY2(second.out.contains("Play counts and ratings:\n  unchanged "), second.out.constData());
         QCOMPARE(QDir(ipod.path("Playlists")).entryList(QDir::Files, QDir::Name),
                  (QStringList{"Chill.m3u8", "Live Rock.m3u8", "rock_ live.m3u"}));
+    }
+
+    // Covers from the artwork database, under the names Rockbox looks up; a second run writes nothing.
+    void artWritesCovers()
+    {
+        TrackItem track = TrackItem::song(1, "Song One", "Guest", ":iPod_Control:Music:F00:A.mp3");
+        track.dbId = 77;
+        track.strings += {StringObject::utf16(3, "Album: One"), StringObject::utf16(22, "Band")};
+        IPod ipod(ITunesDBWriter().addTrack(track).build());
+        ArtworkWriter artwork;
+        artwork.addImage(77, {{1060, 320, 320, ArtworkWriter::Picture::filled(320, 320, [](int x, int) { return quint16(x); })}});
+        writeFile(ipod.path("iPod_Control/Artwork/ArtworkDB"), artwork.database());
+        writeFile(ipod.path("iPod_Control/Artwork/F1060_1.ithmb"), artwork.thumbnailFiles().first());
+        QDir().mkpath(ipod.path(".rockbox"));
+        const Run first = cli({"art", ipod.root()});
+        QCOMPARE(first.exitCode, 0);
+        QVERIFY2(first.out.startsWith("  wrote   Band-Album_ One.jpg (320x320)\n1 cover in "), first.out.constData());
+        const QJsonObject second = cli({"art", ipod.root(), "--json"}).json();
+        QCOMPARE(names(second["covers"].toArray(), "status"), QStringList{"unchanged"});
     }
 
     void filesAndDevices()
@@ -443,6 +464,8 @@ private Q_SLOTS:
         QTest::addRow("unknown playlist") << QStringList{"convert", "@root", "--playlist", "Nope"} << QByteArray("no playlist named 'Nope'");
         QTest::addRow("cleaning outside an iPod") << QStringList{"clean", "@root/.."} << QByteArray("is not on an iPod");
         QTest::addRow("checking a bare database") << QStringList{"check", "@root/library.db"} << QByteArray("not a bare database");
+        QTest::addRow("covers without Rockbox") << QStringList{"art", "@root"} << QByteArray("  The device has no .rockbox folder");
+        QTest::addRow("a cover size that is none") << QStringList{"art", "@root", "--size", "120"} << QByteArray("--size takes WIDTHxHEIGHT");
     }
 
     void usage()
