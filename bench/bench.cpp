@@ -1,11 +1,13 @@
 // kestrune-bench: the performance figures on a generated library, each printed beside its target.
-// Usage: kestrune-bench [--tracks N] [--playlists N] [--runs N] [--data DIR] [--print-library]
+// Usage: kestrune-bench [--tracks N] [--playlists N] [--runs N] [--covers N] [--data DIR] [--print-library]
 // Where a figure had an earlier target, the figure of that time is given with the target ("was ...").
 #include "KestruneApp.h"
 #include "LibraryGenerator.h"
 #include "Measure.h"
 #include "app/AppViewModel.h"
 #include "core/ITunesDBParser.h"
+#include "dbwriter/ArtworkDBWriter.h"
+#include "dbwriter/ITunesDBWriter.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -354,6 +356,68 @@ void exportFigures(const QString &library, int runs)
            QStringLiteral("<= 1000 ms, memory flat"), exporting.median() <= 1000 && growth < 64'000'000);
 }
 
+// An iPod Classic with `count` albums, each of one track with a cover of its own at 320x320.
+QString classicWithCovers(const QTemporaryDir &dir, int count)
+{
+    using namespace kestrune::dbwriter;
+    const QString root = dir.filePath(QStringLiteral("CLASSIC"));
+    ITunesDBWriter database;
+    ArtworkWriter artwork;
+    for (int i = 0; i < count; ++i) {
+        TrackItem track = TrackItem::song(quint32(i + 1), QStringLiteral("Song %1").arg(i), QStringLiteral("Artist %1").arg(i % 97),
+                                          QStringLiteral(":iPod_Control:Music:F%1:T%2.mp3").arg(i % 50, 2, 10, QChar(u'0')).arg(i));
+        track.strings.append(StringObject::utf16(3, QStringLiteral("Album %1").arg(i)));
+        track.dbId = 1000 + i;
+        database.addTrack(track);
+        artwork.addImage(1000 + i, {{1060, 320, 320, ArtworkWriter::Picture::filled(320, 320, [i](int x, int y) {
+                                         return rgb565((x + i) % 256, (y * 3 + i) % 256, ((x ^ y) + i * 7) % 256);
+                                     })}});
+    }
+    const auto write = [&](const QString &relative, const QByteArray &bytes) {
+        QDir().mkpath(QFileInfo(root + u'/' + relative).absolutePath());
+        QFile file(root + u'/' + relative);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+    };
+    write(QStringLiteral("iPod_Control/iTunes/iTunesDB"), database.build());
+    write(QStringLiteral("iPod_Control/Artwork/ArtworkDB"), artwork.database());
+    for (auto it = artwork.thumbnailFiles().cbegin(); it != artwork.thumbnailFiles().cend(); ++it)
+        write(QStringLiteral("iPod_Control/Artwork/") + it.key(), it.value());
+    QDir().mkpath(root + QStringLiteral("/.rockbox"));
+    return root;
+}
+
+// `kestrune-cli art` on a local folder, each run from nothing; then the re-run, which must write nothing.
+void coverFigures(int count, int runs)
+{
+    QTemporaryDir dir;
+    const QString root = classicWithCovers(dir, count);
+    const auto forget = [&] {
+        QDir(root + QStringLiteral("/.rockbox/albumart")).removeRecursively();
+        QFile::remove(root + QStringLiteral("/.rockbox/kestrune-record.json"));
+    };
+    const Sample first = measure(runs, [&] {
+        forget();
+        return timedProcess(QStringLiteral(KESTRUNE_CLI), {QStringLiteral("art"), root});
+    });
+    const qsizetype written = QDir(root + QStringLiteral("/.rockbox/albumart")).entryList(QDir::Files).size();
+    report("export Classic covers (320x320) to a local folder",
+           QStringLiteral("%1, %2 covers").arg(timing(first)).arg(written),
+           QStringLiteral("<= 2000 ms for 2,000"), written == count && first.median() * 2000 / count <= 2000);
+    const auto stamps = [&] {
+        QStringList seen;
+        for (const QFileInfo &info : QDir(root + QStringLiteral("/.rockbox")).entryInfoList(QDir::Files) +
+                                         QDir(root + QStringLiteral("/.rockbox/albumart")).entryInfoList(QDir::Files))
+            seen.append(info.fileName() + QString::number(info.lastModified().toMSecsSinceEpoch()));
+        return seen;
+    };
+    const QStringList before = stamps();
+    const Sample again = measure(runs, [&] { return timedProcess(QStringLiteral(KESTRUNE_CLI), {QStringLiteral("art"), root}); });
+    const bool wroteNothing = stamps() == before;
+    report("the same again, every cover unchanged", QStringLiteral("%1%2").arg(timing(again), wroteNothing ? "" : ", WROTE FILES"),
+           QStringLiteral("<= 300 ms for 2,000, writes nothing"), wroteNothing && again.median() * 2000 / count <= 300);
+}
+
 void firstFrameFigure(int runs)
 {
     const Sample start = measure(runs, [] {
@@ -413,9 +477,11 @@ int main(int argc, char *argv[])
     const QCommandLineOption data(QStringLiteral("data"),
                                   QStringLiteral("Where generated libraries are kept."),
                                   QStringLiteral("dir"), QStringLiteral(KESTRUNE_BENCH_DATA_DIR));
+    const QCommandLineOption covers(QStringLiteral("covers"), QStringLiteral("Covers for the album art figures."),
+                                    QStringLiteral("n"), QStringLiteral("2000"));
     const QCommandLineOption printLibrary(QStringLiteral("print-library"),
                                           QStringLiteral("Only make the library and print its path."));
-    parser.addOptions({tracks, playlists, runs, data, printLibrary});
+    parser.addOptions({tracks, playlists, runs, data, covers, printLibrary});
     parser.process(app);
 
     const LibraryShape shape{.tracks = parser.value(tracks).toInt(),
@@ -433,6 +499,7 @@ int main(int argc, char *argv[])
     const double parseMedian = measure(runCount, [&] { return timedParse(library); }).median();
     modelFigures(library, runCount, parseMedian);
     exportFigures(library, runCount);
+    coverFigures(std::max(1, parser.value(covers).toInt()), runCount);
     firstFrameFigure(runCount);
     return 0;
 }

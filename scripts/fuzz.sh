@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each from its committed seed corpus.
-# Usage: scripts/fuzz.sh [SECONDS [TARGET...]]   (default: 60 seconds, parse_fuzzer and export_fuzzer)
+# Usage: scripts/fuzz.sh [SECONDS [TARGET...]]   (default: 60 seconds, every target)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 seconds="${1:-60}"
 shift || true
 targets=("$@")
-((${#targets[@]})) || targets=(parse_fuzzer export_fuzzer)
+((${#targets[@]})) || targets=(parse_fuzzer export_fuzzer artwork_fuzzer)
 
 scripts/install-deps.sh
 cmake --preset fuzz >/dev/null

@@ -276,6 +276,7 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         return;
     }
     m_libraryIncomplete = outcome.library.looksTruncated || outcome.library.playlistsIncomplete;
+    m_trackOrder = std::move(outcome.library.trackOrder);
     setTracks(std::move(outcome.library.tracks));
     setPlaylists(std::move(outcome.library.playlists));
     setExistingRockboxFiles(std::move(outcome.existingFiles));
@@ -328,6 +329,7 @@ AppViewModel::ShownLibrary AppViewModel::takeLibrary()
     // Held here until the model has let go, so that the last references go with the value returned.
     ShownLibrary shown{m_tracks, m_playlists, m_activeDetailPlaylist, std::exchange(m_searchIndex, {})};
 
+    m_trackOrder.clear();
     setTracks({});
     setPlaylists({});
     setSelectedPlaylistIds({});

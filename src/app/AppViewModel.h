@@ -98,6 +98,8 @@ class AppViewModel : public QObject {
     // Mirror: remove the files Kestrune wrote for playlists deleted in iTunes (or no longer ticked).
     Q_PROPERTY(bool removeDeletedPlaylists READ removeDeletedPlaylists WRITE setRemoveDeletedPlaylists NOTIFY
                    optionsChanged)
+    // After the playlists, the iPod's covers written where Rockbox looks them up (.rockbox/albumart).
+    Q_PROPERTY(bool exportAlbumArt READ exportAlbumArt WRITE setExportAlbumArt NOTIFY optionsChanged)
     // What a mirror run will remove, each {"name", "reason"}, waiting for the user's confirmation; empty
     // when nothing waits.
     Q_PROPERTY(QVariantList mirrorConfirmation READ mirrorConfirmation NOTIFY mirrorConfirmationChanged)
@@ -252,6 +254,8 @@ public:
     [[nodiscard]] bool sanitizeFilenames() const { return m_options.sanitizeFilenames; }
     [[nodiscard]] bool cleanDotFiles() const { return m_options.cleanDotFiles; }
     [[nodiscard]] bool removeDeletedPlaylists() const { return m_removeDeletedPlaylists; }
+    [[nodiscard]] bool exportAlbumArt() const { return m_exportAlbumArt; }
+    void setExportAlbumArt(bool on);
     void setRemoveDeletedPlaylists(bool on);
     [[nodiscard]] const QVariantList &mirrorConfirmation() const { return m_mirrorConfirmation; }
     [[nodiscard]] QString customPathPrefix() const { return m_options.customPathPrefix; }
@@ -399,6 +403,8 @@ private:
     // sets it, so that quitting never waits for a long run nor leaves one half-renamed.
     std::shared_ptr<std::atomic<bool>> m_stopRun = std::make_shared<std::atomic<bool>>(false);
     bool m_removeDeletedPlaylists = false;
+    bool m_exportAlbumArt = false;
+    QList<quint32> m_trackOrder; // the library's track ids in database order, for the covers
     QVariantList m_mirrorConfirmation;
     QList<Playlist> m_playlistsAwaitingConfirmation;
     QSet<QString> m_removalsAwaitingConfirmation;

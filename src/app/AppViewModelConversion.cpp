@@ -12,6 +12,7 @@ namespace kestrune {
 
 struct AppViewModel::ConversionOutcome {
     QList<ExportItemResult> results;
+    std::optional<CoverRunReport> covers;
     std::optional<QString> refusal; // the run could not start (another run holds the device)
     std::optional<QString> mirrorRefusal;
     bool planOnly = false;
@@ -27,6 +28,38 @@ void AppViewModel::setRemoveDeletedPlaylists(bool on)
     m_removeDeletedPlaylists = on;
     Q_EMIT optionsChanged();
 }
+
+void AppViewModel::setExportAlbumArt(bool on)
+{
+    m_exportAlbumArt = on;
+    Q_EMIT optionsChanged();
+}
+
+namespace {
+
+// The covers as the result sheet shows them: one summary row, then a row for each cover that failed.
+QList<ExportItemResult> coverRows(const CoverRunReport &report)
+{
+    using Outcome = CoverResult::Outcome;
+    const qsizetype inPlace = report.count(Outcome::written) + report.count(Outcome::unchanged);
+    ExportItemResult summary{.playlistName = QStringLiteral("%1 copertine").arg(inPlace),
+                             .filename = QStringLiteral(".rockbox/albumart"),
+                             .trackCount = int(inPlace),
+                             .isSuccess = !report.failure,
+                             .errorMessage = report.failure,
+                             .outcome = report.count(Outcome::written) > 0 ? ExportItemResult::Outcome::written
+                                                                          : ExportItemResult::Outcome::unchanged,
+                             .reason = report.notApplicable.value_or(QString())};
+    QList<ExportItemResult> rows{summary};
+    for (const CoverResult &result : report.results) {
+        if (result.outcome == Outcome::failed)
+            rows.append(ExportItemResult{.playlistName = result.fileName, .filename = result.fileName,
+                                         .errorMessage = result.reason});
+    }
+    return rows;
+}
+
+} // namespace
 
 void AppViewModel::convertSelectedPlaylists()
 {
@@ -83,6 +116,13 @@ void AppViewModel::startConversion(QList<Playlist> chosen, bool planOnly, std::o
     for (const Playlist &playlist : std::as_const(m_playlists))
         ++request.playlists.libraryIds[playlist.dbId];
     request.playlists.dryRun = planOnly;
+    const bool withCovers = m_exportAlbumArt && !planOnly;
+    QList<Track> tracksInOrder;
+    if (withCovers) {
+        tracksInOrder.reserve(m_trackOrder.size());
+        for (const quint32 id : std::as_const(m_trackOrder))
+            tracksInOrder.append(m_tracks.value(id));
+    }
     setIsConverting(!planOnly);
     setConversionProgress(0.0);
     if (!planOnly)
@@ -94,22 +134,28 @@ void AppViewModel::startConversion(QList<Playlist> chosen, bool planOnly, std::o
     const QPointer<QObject> self(this);
     runInBackground(
         this,
-        [self, request, generator = m_generator, folder, stop = m_stopRun] {
+        [self, request, generator = m_generator, folder, stop = m_stopRun, withCovers, tracksInOrder,
+         mirror = m_removeDeletedPlaylists]() mutable {
             // The lock is tried, never waited for: another run on the device refuses this one.
             const WriteScope scope = writeScopeFor(folder.toLocalFile(), !request.playlists.dryRun);
             std::variant<DeviceLock, QString> lock = DeviceLock::acquire(scope.root, std::chrono::milliseconds(0));
             if (const QString *busy = std::get_if<QString>(&lock))
-                return ConversionOutcome{{}, *busy, std::nullopt, request.playlists.dryRun};
+                return ConversionOutcome{{}, std::nullopt, *busy, std::nullopt, request.playlists.dryRun};
+            // With covers, the playlists fill the first half of the progress and the covers the second.
+            const double share = withCovers ? 0.5 : 1.0;
+            const auto showProgress = [&self](double progress) {
+                postToGuiThread(self, [self, progress] { static_cast<AppViewModel *>(self.data())->setConversionProgress(progress); });
+            };
+            std::optional<ArtworkLibrary> artwork;
+            if (withCovers && scope.onIPod) {
+                artwork = ArtworkLibrary::open(scope.root.path());
+                request.covers = SyncRequest::Covers{&*artwork, CoverRunRequest{.tracks = std::move(tracksInOrder), .mirror = mirror}};
+            }
             const auto total = double(request.playlists.playlists.size());
             const SyncReport report = runSync(
-                scope, request, generator,
-                [&self, total](qsizetype written) {
-                    postToGuiThread(self, [self, progress = double(written) / total] {
-                        static_cast<AppViewModel *>(self.data())->setConversionProgress(progress);
-                    });
-                },
-                stop.get());
-            return ConversionOutcome{report.playlists.results, std::nullopt, report.playlists.mirrorRefusal,
+                scope, request, generator, [&](qsizetype written) { showProgress(share * double(written) / total); },
+                stop.get(), [&](qsizetype done, qsizetype all) { showProgress(share + share * double(done) / double(qMax<qsizetype>(all, 1))); });
+            return ConversionOutcome{report.playlists.results, report.covers, std::nullopt, report.playlists.mirrorRefusal,
                                      request.playlists.dryRun};
         },
         [this](ConversionOutcome outcome) { finishConversion(std::move(outcome)); });
@@ -140,6 +186,8 @@ void AppViewModel::finishConversion(ConversionOutcome outcome)
     }
     if (outcome.mirrorRefusal)
         setErrorMessage(QStringLiteral("Nessuna playlist rimossa: ") + *outcome.mirrorRefusal);
+    if (outcome.covers)
+        outcome.results += coverRows(*outcome.covers);
     setExportResults(std::move(outcome.results));
     setShowExportSummary(false); // the run never opens the summary; the results stay in exportResults
     setConversionSuccessFeedback(true);

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 31> texts{{
+const std::array<Text, 33> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -76,6 +76,12 @@ const std::array<Text, 31> texts{{
      "not write, one edited since, or an On-The-Go playlist's.",
      "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
+    {"albumArtTitle", "Album art for Rockbox", "Copertine per Rockbox"},
+    {"albumArtDesc",
+     "After the playlists, writes the covers iTunes put on the iPod into .rockbox/albumart, where Rockbox "
+     "looks them up; never replaces a cover file Kestrune did not write.",
+     "Dopo le playlist, scrive le copertine che iTunes ha messo sull'iPod in .rockbox/albumart, dove Rockbox "
+     "le cerca; non sostituisce mai un file di copertina che Kestrune non ha scritto."},
     {"mirrorConfirmTitle", "Remove these playlist files?", "Rimuovere questi file di playlist?"},
     {"mirrorConfirmBody",
      "Kestrune wrote these files for playlists that are no longer exported. They will be deleted for good: "

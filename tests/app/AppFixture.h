@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppViewModel.h"
+#include "dbwriter/ArtworkDBWriter.h"
 #include "dbwriter/ITunesDBWriter.h"
 #include "support/TestFiles.h"
 

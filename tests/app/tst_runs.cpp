@@ -60,6 +60,31 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(root + "/Playlists/._junk"));
     }
 
+    // With the option on, the covers follow the playlists in the same run: one summary row in the results.
+    void albumArtFollowsThePlaylists()
+    {
+        AppFixture fixture;
+        TrackItem track = TrackItem::song(1, "Northbound", "Lanterns", ":iPod_Control:Music:F00:A.mp3");
+        track.dbId = 5;
+        track.strings.append(StringObject::utf16(3, "Open Roads"));
+        const QString root = fixture.addIPod("IPOD", ITunesDBWriter().addTrack(track).addPlaylist(PlaylistItem::of("Road Trip", {1})).build());
+        ArtworkWriter artwork;
+        artwork.addImage(5, {{1029, 200, 200, ArtworkWriter::Picture::filled(200, 200, [](int x, int y) { return quint16(x * y); })}});
+        writeFile(root + "/iPod_Control/Artwork/ArtworkDB", artwork.database());
+        writeFile(root + "/iPod_Control/Artwork/F1029_1.ithmb", artwork.thumbnailFiles().first());
+        QDir().mkpath(root + "/.rockbox");
+        AppViewModel &model = fixture.startLoaded(1);
+        model.setExportAlbumArt(true);
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QCOMPARE(model.conversionProgress(), 1.0);
+        QStringList names;
+        for (const ExportItemResult &result : model.exportResults())
+            names.append(result.playlistName + (result.isSuccess ? "" : " failed"));
+        QCOMPARE(names, (QStringList{"Road Trip", "1 copertine"}));
+        QVERIFY(QFileInfo::exists(root + "/.rockbox/albumart/Lanterns-Open Roads.jpg"));
+    }
+
     // A run that cannot start says why, writes nothing and raises no success.
     void runsThatCannotStart_data()
     {

@@ -1,5 +1,7 @@
-// Writes the parser fuzzer's seed corpus: small databases built in code, each exercising one shape.
-// Usage: kestrune-make-seed-corpus DIR
+// Writes the parser fuzzer's seed corpus: small databases built in code, each exercising one shape; and,
+// given a second folder, the artwork fuzzer's.
+// Usage: kestrune-make-seed-corpus DIR [ARTWORK_DIR]
+#include "dbwriter/ArtworkDBWriter.h"
 #include "dbwriter/ITunesDBWriter.h"
 
 #include <QCoreApplication>
@@ -29,13 +31,38 @@ ITunesDBWriter smallLibrary()
     return builder;
 }
 
+// Artwork databases followed by their thumbnails, which the fuzzer reads from the same bytes: the
+// database's total length ends before them.
+void writeArtworkSeeds(QDir dir)
+{
+    dir.mkpath(QStringLiteral("."));
+    ArtworkWriter video;
+    const auto stripes = [](int x, int y) { return quint16((x ^ y) * 997); };
+    video.addImage(7, {{1031, 42, 42, ArtworkWriter::Picture::filled(42, 30, stripes)}});
+    video.addImage(8, {{1031, 42, 42, ArtworkWriter::Picture::filled(40, 42, stripes)}});
+    QByteArray database = video.database();
+    for (ArtworkImageItem &image : video.images()) {
+        for (ArtworkThumbnail &thumbnail : image.thumbnails)
+            thumbnail.offset += quint32(database.size());
+    }
+    database = video.database();
+    write(dir, QStringLiteral("two-images"), database + video.thumbnailFiles().first());
+    ArtworkImageItem utf8Name{.imageId = 100, .songId = 1,
+                              .thumbnails = {{.formatId = 1060, .file = QStringLiteral(":Sub:F1060_1.ithmb"),
+                                              .size = 204800, .verticalPadding = -4, .horizontalPadding = 3,
+                                              .height = 320, .width = 320, .utf16Name = false}}};
+    write(dir, QStringLiteral("negative-padding"), artworkDatabase({utf8Name}));
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    if (app.arguments().size() != 2)
-        qFatal("usage: kestrune-make-seed-corpus DIR");
+    if (app.arguments().size() != 2 && app.arguments().size() != 3)
+        qFatal("usage: kestrune-make-seed-corpus DIR [ARTWORK_DIR]");
+    if (app.arguments().size() == 3)
+        writeArtworkSeeds(QDir(app.arguments().at(2)));
     QDir dir(app.arguments().at(1));
     dir.mkpath(QStringLiteral("."));
 

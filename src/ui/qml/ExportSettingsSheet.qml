@@ -198,6 +198,13 @@ Popup {
                         checked: sheet.viewModel.removeDeletedPlaylists
                         onToggled: on => sheet.viewModel.removeDeletedPlaylists = on
                     }
+                    OptionToggle {
+                        objectName: "albumArtToggle"
+                        title: Texts.texts.albumArtTitle
+                        description: Texts.texts.albumArtDesc
+                        checked: sheet.viewModel.exportAlbumArt
+                        onToggled: on => sheet.viewModel.exportAlbumArt = on
+                    }
                 }
 
                 ColumnLayout {
