@@ -7,3 +7,7 @@ scripts/install-deps.sh
 cmake --preset release >/dev/null
 cmake --build --preset release --target kestrune-bench
 build/release/bench/kestrune-bench "$@"
+# The covers against libgpod's own writing and decoding of the artwork database, where it is installed.
+if cmake --build --preset release --target kestrune-gpod-covers >/dev/null 2>&1; then
+    build/release/bench/kestrune-gpod-covers
+fi

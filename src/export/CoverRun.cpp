@@ -11,6 +11,10 @@
 #include <QHash>
 #include <QSet>
 
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
 #include <variant>
 
 namespace kestrune {
@@ -42,8 +46,6 @@ namespace {
 const QString recordFolder = QStringLiteral(".rockbox/albumart/");
 // A cover is a few tens of kilobytes; a file far larger is no cover of Kestrune's.
 constexpr qint64 largestCover = 16 * 1024 * 1024;
-// Covers are encoded this many at a time between progress reports and stop checks.
-constexpr qsizetype encodingBlock = 64;
 
 // The tracks that share one cover file, in database order.
 struct CoverGroup {
@@ -59,7 +61,8 @@ struct PlannedFile {
     QByteArray pixels; // the hash of the source pixels, in hex
     CoverResult result;
     bool needsWrite = false;
-    QByteArray bytes;
+    QByteArray bytes;  // the encoded cover, until it is staged
+    QByteArray digest; // of those bytes
 };
 
 QByteArray hexOf(quint64 value)
@@ -296,26 +299,40 @@ private:
         }
         PlaylistWriteBatch batch(m_folder, m_stop);
         QHash<qsizetype, qsizetype> fileOfHandle;
-        for (qsizetype begin = 0; begin < toWrite.size(); begin += encodingBlock) {
-            if (m_stop && m_stop->load())
-                break;
-            const qsizetype end = qMin(begin + encodingBlock, toWrite.size());
-            forEachInParallel(end - begin, [&](qsizetype i) { encode(m_files[toWrite.at(begin + i)]); });
-            for (qsizetype i = begin; i < end; ++i) {
-                PlannedFile &file = m_files[toWrite.at(i)];
-                if (file.result.outcome == CoverResult::Outcome::failed)
-                    continue;
-                const PlaylistWriteBatch::Staged staged = batch.stage(file.result.fileName, file.bytes);
-                if (staged.error) {
-                    file.result.outcome = CoverResult::Outcome::failed;
-                    file.result.reason = *staged.error;
-                } else {
-                    fileOfHandle.insert(staged.handle, toWrite.at(i));
-                }
+        // Covers are encoded on every core while this thread stages each one, in order, as soon as it is
+        // ready: the writes overlap the encoding.
+        const std::unique_ptr<bool[]> ready(new bool[toWrite.size()]());
+        std::mutex readyLock;
+        std::condition_variable readyChanged;
+        std::thread encoding([&] {
+            forEachInParallel(toWrite.size(), [&](qsizetype i) {
+                if (!(m_stop && m_stop->load()))
+                    encode(m_files[toWrite.at(i)]);
+                const std::lock_guard lock(readyLock);
+                ready[i] = true;
+                readyChanged.notify_all();
+            });
+        });
+        for (qsizetype i = 0; i < toWrite.size(); ++i) {
+            {
+                std::unique_lock lock(readyLock);
+                readyChanged.wait(lock, [&] { return ready[i]; });
             }
-            if (m_progress)
-                m_progress(judged + end, m_files.size());
+            PlannedFile &file = m_files[toWrite.at(i)];
+            if (file.result.outcome == CoverResult::Outcome::failed || file.bytes.isEmpty() || (m_stop && m_stop->load()))
+                continue;
+            const PlaylistWriteBatch::Staged staged = batch.stage(file.result.fileName, file.bytes);
+            file.bytes.clear(); // its digest is kept; the bytes are on their way
+            if (staged.error) {
+                file.result.outcome = CoverResult::Outcome::failed;
+                file.result.reason = *staged.error;
+            } else {
+                fileOfHandle.insert(staged.handle, toWrite.at(i));
+            }
+            if (m_progress && (i % 16 == 15 || i + 1 == toWrite.size()))
+                m_progress(judged + i + 1, m_files.size());
         }
+        encoding.join();
         const QList<std::optional<QString>> committed = batch.commit();
         for (auto it = fileOfHandle.cbegin(); it != fileOfHandle.cend(); ++it) {
             if (const std::optional<QString> &failure = committed.value(it.key(), PlaylistWriteBatch::interruptedReason())) {
@@ -358,13 +375,17 @@ private:
         RgbPicture source = std::get<RgbPicture>(std::move(picture));
         if (file.box)
             source = scaledPicture(source, fittedSize(QSize(source.width, source.height), *file.box));
-        const std::optional<QByteArray> bytes = encodeBaselineJpeg(source);
+        // Rockbox draws a cover at most 128 pixels wide (PictureFlow; 120 on the now-playing screen): colour
+        // at half resolution loses nothing it shows once that half is still as large, and encodes faster.
+        const Colour colour = qMin(source.width, source.height) >= 2 * 128 ? Colour::half : Colour::full;
+        const std::optional<QByteArray> bytes = encodeBaselineJpeg(source, colour);
         if (!bytes) {
             file.result.outcome = CoverResult::Outcome::failed;
             file.result.reason = QStringLiteral("The cover could not be encoded as JPEG.");
             return;
         }
         file.bytes = *bytes;
+        file.digest = RockboxGenerator::contentDigest(*bytes);
         file.result.size = QSize(source.width, source.height);
     }
 
@@ -427,7 +448,7 @@ private:
             const RecordEntry *earlier = m_record.entryAt(path);
             if (file.result.outcome == CoverResult::Outcome::written) {
                 fresh.append(RecordEntry{.kind = RecordEntry::Kind::cover, .path = path,
-                                         .sha256 = RockboxGenerator::contentDigest(file.bytes),
+                                         .sha256 = file.digest,
                                          .coverName = m_groups.at(file.group).name, .pixels = file.pixels,
                                          .stamp = m_folder.stampOf(file.result.fileName).value_or(DeviceFolder::Stamp{})});
             } else if (file.result.outcome == CoverResult::Outcome::unchanged && earlier) {

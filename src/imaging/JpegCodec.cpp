@@ -15,7 +15,7 @@ using Handle = std::unique_ptr<void, HandleCloser>;
 
 } // namespace
 
-std::optional<QByteArray> encodeBaselineJpeg(const RgbPicture &picture, int quality)
+std::optional<QByteArray> encodeBaselineJpeg(const RgbPicture &picture, Colour colour, int quality)
 {
     if (picture.width <= 0 || picture.height <= 0 || picture.rgb.size() != qsizetype(picture.width) * picture.height * 3)
         return std::nullopt;
@@ -27,8 +27,8 @@ std::optional<QByteArray> encodeBaselineJpeg(const RgbPicture &picture, int qual
     unsigned long size = 0;
     // No TJFLAG_PROGRESSIVE: the default is a baseline frame with one interleaved scan.
     const int status = tjCompress2(encoder.get(), reinterpret_cast<const unsigned char *>(picture.rgb.constData()),
-                                   picture.width, picture.width * 3, picture.height, TJPF_RGB, &output, &size, TJSAMP_444,
-                                   quality, TJFLAG_ACCURATEDCT);
+                                   picture.width, picture.width * 3, picture.height, TJPF_RGB, &output, &size,
+                                   colour == Colour::full ? TJSAMP_444 : TJSAMP_420, quality, 0);
     std::optional<QByteArray> bytes;
     if (status == 0)
         bytes = QByteArray(reinterpret_cast<const char *>(output), qsizetype(size));
