@@ -46,7 +46,14 @@ ArtworkLibrary ArtworkLibrary::open(const QString &iPodRoot)
         library.m_explanation = QStringLiteral("The artwork database “%1” cannot be read: %2.").arg(file.fileName(), file.errorString());
         return library;
     }
-    ArtworkParse parse = parseArtworkDatabase(file.read(largestDatabase));
+    if (file.size() > largestDatabase) {
+        library.m_state = State::damaged;
+        library.m_explanation = QStringLiteral("The artwork database “%1” is far larger than any iPod's: %2 bytes.")
+                                    .arg(file.fileName())
+                                    .arg(file.size());
+        return library;
+    }
+    ArtworkParse parse = parseArtworkDatabase(file.readAll());
     if (!parse.database) {
         library.m_state = State::damaged;
         library.m_explanation = parse.error;

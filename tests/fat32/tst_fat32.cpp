@@ -1,6 +1,7 @@
 // kestrune-cli on a real FAT32 volume: the vfat driver of a user-mode Linux kernel, with faults switched
 // in through device-mapper while a run writes (see uml-run.sh and guest-init.sh beside this file).
 #include "core/ITunesDBParser.h"
+#include "dbwriter/ArtworkDBWriter.h"
 #include "dbwriter/ITunesDBWriter.h"
 #include "export/RockboxGenerator.h"
 #include "support/TestFiles.h"
@@ -289,6 +290,42 @@ private Q_SLOTS:
             QVERIFY2(!outcome.fsck.contains("/" + it.key()), qPrintable(outcome.fsck));
         }
         QVERIFY2(outcome.out.contains("Playlist 0300.m3u8 (deleted in iTunes)"), qPrintable(outcome.out.right(300)));
+    }
+
+    // The cable pulled while covers are put in place: each cover is either absent or whole.
+    void cutDuringCoverExport()
+    {
+        Device device({});
+        ITunesDBWriter database;
+        ArtworkWriter artwork;
+        for (quint32 id = 1; id <= 300; ++id) {
+            TrackItem track = TrackItem::song(id, QStringLiteral("Song %1").arg(id), "Band", QStringLiteral(":iPod_Control:Music:F00:S%1.mp3").arg(id));
+            track.strings.append(StringObject::utf16(3, QStringLiteral("Album %1").arg(id)));
+            track.dbId = id;
+            database.addTrack(track);
+            artwork.addImage(id, {{1028, 100, 100, ArtworkWriter::Picture::filled(100, 100, [id](int x, int y) { return quint16(x * y + id * 977); })}});
+        }
+        writeFile(device.tree("iPod_Control/iTunes/iTunesDB"), database.build());
+        writeFile(device.tree("iPod_Control/Artwork/ArtworkDB"), artwork.database());
+        writeFile(device.tree("iPod_Control/Artwork/F1028_1.ithmb"), artwork.thumbnailFiles().first());
+        QDir().mkpath(device.tree(".rockbox"));
+        // What each cover must hold: the same run on a copy of the tree, on the host.
+        QTemporaryDir copy;
+        QCOMPARE(QProcess::execute("cp", {"-r", device.tree("."), copy.filePath("ipod")}), 0);
+        QCOMPARE(QProcess::execute("sh", {"-c", "exec \"$0\" art \"$1\" >/dev/null", KESTRUNE_CLI_PATH, copy.filePath("ipod")}), 0);
+        const QMap<QString, QByteArray> covers = snapshotTree(copy.filePath("ipod/.rockbox/albumart"));
+        QCOMPARE(covers.size(), 300);
+        const Outcome outcome = RUN_OR_SKIP(device,
+            "eager_writeback\nwarm_cache\narm pull_cable\nrun cli \"$CLI\" art \"$IPOD\" &\n"
+            "wait_until 60 at_least 100 \"$IPOD/.rockbox/albumart/*.jpg\"\nfire\nwait\n");
+        int whole = 0;
+        for (auto it = covers.cbegin(); it != covers.cend(); ++it) {
+            const QByteArray found = outcome.files.value(".rockbox/albumart/" + it.key());
+            QVERIFY2(found.isEmpty() || found == it.value().toHex(), qPrintable(it.key() + ": " + found));
+            whole += found.isEmpty() ? 0 : 1;
+        }
+        QVERIFY2(outcome.status == 1 || whole == 300, qPrintable(QString::number(whole) + outcome.out.right(300)));
+        qInfo("%d of 300 covers on the device after the cut", whole);
     }
 
     void badSectorInTheDatabaseIsAReadError()
