@@ -77,11 +77,8 @@ const std::array<Text, 33> texts{{
      "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
     {"albumArtTitle", "Album art for Rockbox", "Copertine per Rockbox"},
-    {"albumArtDesc",
-     "After the playlists, writes the covers iTunes put on the iPod into .rockbox/albumart, where Rockbox "
-     "looks them up; never replaces a cover file Kestrune did not write.",
-     "Dopo le playlist, scrive le copertine che iTunes ha messo sull'iPod in .rockbox/albumart, dove Rockbox "
-     "le cerca; non sostituisce mai un file di copertina che Kestrune non ha scritto."},
+    {"albumArtDesc", "After the playlists, writes the iPod's covers to .rockbox/albumart, where Rockbox looks them up.",
+     "Dopo le playlist, scrive le copertine dell'iPod in .rockbox/albumart, dove Rockbox le cerca."},
     {"mirrorConfirmTitle", "Remove these playlist files?", "Rimuovere questi file di playlist?"},
     {"mirrorConfirmBody",
      "Kestrune wrote these files for playlists that are no longer exported. They will be deleted for good: "

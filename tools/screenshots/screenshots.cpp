@@ -60,9 +60,11 @@ void shootLanguage(const QDir &out, AppLanguage language)
             ui.settle(50);
         save(ui, out, QStringLiteral("statistics-") + code);
         ui.model().closeStatisticsCopy();
+        ui.model().setExportAlbumArt(true);
         ui.model().setShowExportSettings(true);
         save(ui, out, QStringLiteral("options-") + code);
         ui.model().setShowExportSettings(false);
+        ui.model().setExportAlbumArt(false);
         ui.model().convertSelectedPlaylists();
         ui.settle(600);
         ui.model().clickFileRow(0, {});
