@@ -104,6 +104,33 @@ private Q_SLOTS:
         QVERIFY(!result.looksTruncated);
     }
 
+    // What links a track to its cover: its persistent id, and the artwork link only headers long enough
+    // to hold it carry; and the album artist Rockbox names covers by.
+    void identityAndAlbumArtist_data()
+    {
+        QTest::addColumn<quint32>("headerLength");
+        QTest::addColumn<quint64>("dbId");
+        QTest::addColumn<quint32>("artworkId");
+        QTest::addRow("iTunes 7.4 header") << 0x248u << 0xD3E0000000000065ull << 104u;
+        QTest::addRow("too short for the link") << 0x183u << 0xD3E0000000000065ull << 0u;
+        QTest::addRow("too short for the id") << 112u << 0ull << 0u;
+    }
+    void identityAndAlbumArtist()
+    {
+        QFETCH(quint32, headerLength);
+        QFETCH(quint64, dbId);
+        QFETCH(quint32, artworkId);
+        TrackItem song = TrackItem::song(7, "Song", "Guest", ":a.mp3");
+        song.headerLength = headerLength;
+        song.dbId = 0xD3E0000000000065ull;
+        song.artworkId = 104;
+        song.strings.append(StringObject::utf16(22, "Band"));
+        const Track track = parseBytes(ITunesDBWriter().addTrack(song).build()).tracks.value(7);
+        QCOMPARE(track.dbId(), dbId);
+        QCOMPARE(track.artworkId(), artworkId);
+        QCOMPARE(track.albumArtist(), "Band");
+    }
+
     void fatalErrors_data()
     {
         QTest::addColumn<QByteArray>("bytes");

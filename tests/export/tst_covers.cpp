@@ -102,15 +102,19 @@ private Q_SLOTS:
         device.addCover(1, 1);         // found by its song id
         device.addCover(0, 2, 134);    // a wide picture, padded above and below, found by the link
         device.addCover(3, 3);
+        device.addCover(5, 5);
+        // Album "First" also by another artist: a file of its own. Track 4 has no cover at all.
         const QList<Track> tracks{track("Band", "First", {}, 1), track("Other", "Second", {}, 2, 101),
-                                  track("Band", "", {}, 3), track("Nobody", "Without", {}, 4)};
+                                  track("Band", "", {}, 3), track("Nobody", "Without", {}, 4), track("Else", "First", {}, 5)};
         const CoverRunReport first = device.run(tracks, {.extraSize = QSize(120, 120)});
         QCOMPARE(statusesOf(first), (QStringList{"Band-First.jpg written", "Band-First.120x120.jpg written",
-                                                 "Other-Second.jpg written", "Other-Second.120x120.jpg written"}));
+                                                 "Other-Second.jpg written", "Other-Second.120x120.jpg written",
+                                                 "Else-First.jpg written", "Else-First.120x120.jpg written"}));
         QCOMPARE(first.skippedNoAlbumOrArtist, 1);
         QCOMPARE(first.results.at(2).size, QSize(200, 134));
         QCOMPARE(first.results.at(3).size, QSize(120, 80));
-        for (const auto &[file, seed, height] : {std::tuple{"Band-First.jpg", 1, 200}, std::tuple{"Other-Second.jpg", 2, 134}}) {
+        for (const auto &[file, seed, height] : {std::tuple{"Band-First.jpg", 1, 200}, std::tuple{"Other-Second.jpg", 2, 134},
+                                                 std::tuple{"Else-First.jpg", 5, 200}}) {
             const QByteArray bytes = testing::readFile(device.cover(file));
             QVERIFY(isBaselineJpeg(bytes));
             const std::optional<RgbPicture> decoded = decodeJpeg(bytes);
@@ -127,7 +131,7 @@ private Q_SLOTS:
         }
         const QMap<QString, QByteArray> before = testing::snapshotTree(device.root.path());
         const CoverRunReport second = device.run(tracks, {.extraSize = QSize(120, 120)});
-        QCOMPARE(second.count(CoverResult::Outcome::unchanged), 4);
+        QCOMPARE(second.count(CoverResult::Outcome::unchanged), 6);
         QCOMPARE(testing::snapshotTree(device.root.path()), before);
     }
 
