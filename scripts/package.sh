@@ -27,6 +27,8 @@ cp -a examples/demo-ipod/. "$demo"
 /usr/bin/kestrune-cli --version
 /usr/bin/kestrune-cli convert "$demo"
 test -f "$demo/Playlists/Road Trip.m3u8"
+/usr/bin/kestrune-cli art "$demo"
+test -f "$demo/.rockbox/albumart/The Lanterns-Open Roads.jpg"
 /usr/bin/kestrune --test
 rm -rf "$demo"
 echo "The package installs and runs."

@@ -106,7 +106,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(QString customPathPrefix READ customPathPrefix WRITE setCustomPathPrefix NOTIFY optionsChanged)
     // The control character that keeps the prefix from being used ("U+000A (line feed)"); empty when none.
     Q_PROPERTY(QString prefixControlCharacter READ prefixControlCharacter NOTIFY optionsChanged)
-    // Each result as {playlistName, filename, path, trackCount, isSuccess, isUpdate, errorMessage}.
+    // Each result as {playlistName, filename, path, trackCount, isSuccess, isUpdate, status, errorMessage};
+    // status is ExportItemResult::status(): "written", "updated", "unchanged", "removed", "kept", "failed".
     Q_PROPERTY(QVariantList exportResultSummaries READ exportResultSummaries NOTIFY exportResultsChanged)
 
     // Copying the play counts and ratings to Rockbox: "state" is "" (closed), "reading", "ready",
@@ -217,6 +218,8 @@ public:
     Q_INVOKABLE void discardPendingActions();
     Q_INVOKABLE void applyPendingChanges();
     Q_INVOKABLE void showFileRowInFileManager(int row);
+    // The playlists folder of the last run, shown in the desktop's file manager.
+    Q_INVOKABLE void showPlaylistsFolderInFileManager();
 
     // Folder pickers.
     Q_INVOKABLE void pickCustomFolder();

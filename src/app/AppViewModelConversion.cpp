@@ -188,11 +188,17 @@ void AppViewModel::finishConversion(ConversionOutcome outcome)
         setErrorMessage(QStringLiteral("Nessuna playlist rimossa: ") + *outcome.mirrorRefusal);
     if (outcome.covers)
         outcome.results += coverRows(*outcome.covers);
+    // Success is shown only when nothing failed; otherwise the results open by themselves, each failure
+    // with its reason. Unchanged, kept and removed files are no failures.
+    const bool anyFailed = std::any_of(outcome.results.cbegin(), outcome.results.cend(),
+                                       [](const ExportItemResult &result) { return !result.isSuccess; });
     setExportResults(std::move(outcome.results));
-    setShowExportSummary(false); // the run never opens the summary; the results stay in exportResults
-    setConversionSuccessFeedback(true);
+    setShowExportSummary(anyFailed);
     refreshRockboxFilesystem();
-    m_successFeedback.start();
+    if (!anyFailed) {
+        setConversionSuccessFeedback(true);
+        m_successFeedback.start();
+    }
 }
 
 } // namespace kestrune

@@ -104,6 +104,18 @@ void AppViewModel::applyPendingChanges()
         setStatusMessage(QStringLiteral("Modifiche applicate con successo su disco!"));
 }
 
+void AppViewModel::showPlaylistsFolderInFileManager()
+{
+    const std::optional<QUrl> folder = playlistsBaseFolderURL();
+    if (!m_fileRevealer || !folder)
+        return;
+    m_fileRevealer->reveal(*folder, [self = QPointer<AppViewModel>(this), path = QDir::toNativeSeparators(folder->toLocalFile())] {
+        if (self)
+            self->setErrorMessage(QStringLiteral("Impossibile mostrare la cartella '") + path +
+                                  QStringLiteral("' in un file manager: nessun programma ha risposto."));
+    });
+}
+
 void AppViewModel::showFileRowInFileManager(int row)
 {
     if (!m_fileRevealer || row < 0 || row >= m_currentDirectoryItems.size())

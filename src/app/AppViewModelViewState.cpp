@@ -93,6 +93,7 @@ QVariantList AppViewModel::exportResultSummaries() const
                         {QStringLiteral("trackCount"), result.trackCount},
                         {QStringLiteral("isSuccess"), result.isSuccess},
                         {QStringLiteral("isUpdate"), result.isUpdate},
+                        {QStringLiteral("status"), result.status()},
                         {QStringLiteral("errorMessage"), result.errorMessage.value_or(QString())}});
     }
     return summaries;

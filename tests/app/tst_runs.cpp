@@ -3,6 +3,7 @@
 #include "export/DeviceLock.h"
 
 #include <QAbstractItemModelTester>
+#include <QProcess>
 
 using namespace kestrune;
 using namespace kestrune::testing;
@@ -83,6 +84,42 @@ private Q_SLOTS:
             names.append(result.playlistName + (result.isSuccess ? "" : " failed"));
         QCOMPARE(names, (QStringList{"Road Trip", "1 copertine"}));
         QVERIFY(QFileInfo::exists(root + "/.rockbox/albumart/Lanterns-Open Roads.jpg"));
+    }
+
+    // Success is raised only when every playlist is on the device; otherwise the results open by
+    // themselves. The system refuses the writes: an immutable file or folder, which root cannot write either.
+    void resultsAreHonest_data()
+    {
+        QTest::addColumn<QString>("immutable"); // below the iPod, or empty
+        QTest::addColumn<QStringList>("failed");
+        QTest::addRow("every playlist written") << "" << QStringList{};
+        QTest::addRow("one file refused") << "Playlists/Chill.m3u8" << QStringList{"Chill"};
+        QTest::addRow("the folder refused") << "Playlists" << QStringList{"Road Trip", "Chill", "Empty"};
+    }
+    void resultsAreHonest()
+    {
+        QFETCH(QString, immutable);
+        QFETCH(QStringList, failed);
+        AppFixture fixture;
+        const QString root = fixture.addIPod("IPOD");
+        writeFile(root + "/Playlists/Chill.m3u8", "#EXTM3U\n");
+        const auto setImmutable = [&](bool on) {
+            return immutable.isEmpty() || QProcess::execute("chattr", {on ? "+i" : "-i", root + '/' + immutable}) == 0;
+        };
+        if (!setImmutable(true))
+            QSKIP("chattr +i needs root and a file system that has the flag");
+        AppViewModel &model = fixture.startLoaded();
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        setImmutable(false);
+        QStringList failures;
+        for (const ExportItemResult &result : model.exportResults()) {
+            if (!result.isSuccess)
+                failures.append(result.playlistName);
+        }
+        QCOMPARE(failures, failed);
+        QCOMPARE(model.showExportSummary(), !failed.isEmpty());
+        QCOMPARE(model.conversionSuccessFeedback(), failed.isEmpty());
     }
 
     // A run that cannot start says why, writes nothing and raises no success.

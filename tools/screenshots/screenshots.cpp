@@ -67,6 +67,11 @@ void shootLanguage(const QDir &out, AppLanguage language)
         ui.model().setExportAlbumArt(false);
         ui.model().convertSelectedPlaylists();
         ui.settle(600);
+        ui.model().convertSelectedPlaylists(); // again: every playlist unchanged
+        ui.settle(600);
+        ui.model().setShowExportSummary(true);
+        save(ui, out, QStringLiteral("results-") + code);
+        ui.model().setShowExportSummary(false);
         ui.model().clickFileRow(0, {});
         ui.model().clickFileRow(1, Qt::ControlModifier);
         ui.model().stageSelectedFiles();

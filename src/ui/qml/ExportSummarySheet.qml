@@ -3,8 +3,8 @@ import Kestrune
 import QtQuick.Controls
 import QtQuick.Layouts
 
-// What each exported playlist became. A finished view that the window does not present yet; its texts
-// are fixed Italian in both interface languages.
+// What each exported playlist became, opened by itself when something failed. Its texts are fixed Italian
+// in both interface languages.
 Popup {
     id: sheet
 
@@ -13,7 +13,8 @@ Popup {
 
     readonly property var results: viewModel.exportResultSummaries
     readonly property int succeeded: results.filter(result => result.isSuccess).length
-    readonly property int updated: results.filter(result => result.isSuccess && result.isUpdate).length
+    readonly property int updated: results.filter(result => result.status === "updated").length
+    readonly property int unchanged: results.filter(result => result.status === "unchanged").length
     readonly property bool allSucceeded: succeeded === results.length
 
     width: 460
@@ -22,6 +23,8 @@ Popup {
     padding: 22
     background: GlassCard { cornerRadius: 16; padding: 0 }
     onClosed: viewModel.showExportSummary = false
+    onOpened: closeButton.forceActiveFocus(Qt.PopupFocusReason)
+    focus: true
 
     contentItem: ColumnLayout {
         spacing: 10
@@ -50,7 +53,8 @@ Popup {
         Text {
             objectName: "summarySubtitle"
             Layout.alignment: Qt.AlignHCenter
-            text: sheet.succeeded + " playlist salvate (" + sheet.updated + " aggiornate)."
+            text: sheet.succeeded + " playlist salvate (" + sheet.updated + " aggiornate)"
+                  + (sheet.unchanged > 0 ? ", " + sheet.unchanged + " invariate" : "") + "."
             color: Theme.secondaryText
             font.family: Theme.fontFamily
             font.pixelSize: Theme.bodyText
@@ -85,7 +89,10 @@ Popup {
                                 font.pixelSize: 12
                                 font.weight: Font.Medium
                             }
-                            GlassBadge { visible: modelData.isUpdate; text: "Aggiornata"; color: Theme.green }
+                            GlassBadge { visible: modelData.status === "updated"; text: "Aggiornata"; color: Theme.green }
+                            GlassBadge { visible: modelData.status === "unchanged"; text: "Invariata"; color: Theme.secondaryText }
+                            GlassBadge { visible: modelData.status === "removed"; text: "Rimossa"; color: Theme.orange }
+                            GlassBadge { visible: modelData.status === "kept"; text: "Mantenuta"; color: Theme.secondaryText }
                         }
                         Text {
                             Layout.fillWidth: true
@@ -111,7 +118,17 @@ Popup {
         RowLayout {
             Layout.alignment: Qt.AlignRight
             Button { text: "Mostra in Finder"; onClicked: sheet.revealDestination() }
-            Button { text: "Chiudi"; highlighted: true; onClicked: sheet.close() }
+            Button {
+                id: closeButton
+                objectName: "summaryCloseButton"
+                text: "Chiudi"
+                highlighted: true
+                Accessible.name: text
+                onClicked: sheet.close()
+                Keys.onReturnPressed: sheet.close()
+                Keys.onEnterPressed: sheet.close()
+                FocusRing { outset: 2 }
+            }
         }
     }
 }

@@ -82,6 +82,13 @@ ApplicationWindow {
         viewModel: window.viewModel
     }
 
+    ExportSummarySheet {
+        id: summarySheet
+        objectName: "exportSummary"
+        viewModel: window.viewModel
+        onRevealDestination: window.viewModel.showPlaylistsFolderInFileManager()
+    }
+
     Dialog {
         id: alert
         objectName: "alertDialog"
@@ -150,6 +157,12 @@ ApplicationWindow {
                 settingsSheet.open()
             else
                 settingsSheet.close()
+        }
+        function onShowExportSummaryChanged() {
+            if (window.viewModel.showExportSummary)
+                summarySheet.open()
+            else
+                summarySheet.close()
         }
         // The alert shows exactly while there is a message: a message cleared elsewhere closes it.
         function onErrorMessageChanged() {
