@@ -218,6 +218,9 @@ public:
     Q_INVOKABLE void discardPendingActions();
     Q_INVOKABLE void applyPendingChanges();
     Q_INVOKABLE void showFileRowInFileManager(int row);
+    // Abandons the run in progress: what it has not yet put in place is left as it was, and the results
+    // say which playlists were not written.
+    Q_INVOKABLE void cancelConversion();
     // The playlists folder of the last run, shown in the desktop's file manager.
     Q_INVOKABLE void showPlaylistsFolderInFileManager();
 

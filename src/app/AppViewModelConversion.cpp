@@ -88,6 +88,12 @@ void AppViewModel::convertSelectedPlaylists()
     startConversion(std::move(chosen), m_removeDeletedPlaylists, std::nullopt);
 }
 
+void AppViewModel::cancelConversion()
+{
+    if (m_isConverting)
+        m_stopRun->store(true);
+}
+
 void AppViewModel::confirmMirrorRemovals()
 {
     if (m_mirrorConfirmation.isEmpty())

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 33> texts{{
+const std::array<Text, 34> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -76,6 +76,7 @@ const std::array<Text, 33> texts{{
      "not write, one edited since, or an On-The-Go playlist's.",
      "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
+    {"cancelRun", "Cancel", "Annulla"},
     {"albumArtTitle", "Album art for Rockbox", "Copertine per Rockbox"},
     {"albumArtDesc", "After the playlists, writes the iPod's covers to .rockbox/albumart, where Rockbox looks them up.",
      "Dopo le playlist, scrive le copertine dell'iPod in .rockbox/albumart, dove Rockbox le cerca."},

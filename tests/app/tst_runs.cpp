@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "export/DeviceLock.h"
+#include "export/PlaylistWriteBatch.h"
 
 #include <QAbstractItemModelTester>
 #include <QProcess>
@@ -120,6 +121,32 @@ private Q_SLOTS:
         QCOMPARE(failures, failed);
         QCOMPARE(model.showExportSummary(), !failed.isEmpty());
         QCOMPARE(model.conversionSuccessFeedback(), failed.isEmpty());
+    }
+
+    // Cancelled at once: the playlists not yet in place are reported unwritten and are not on the device.
+    void cancelledRunSaysWhatWasNotWritten()
+    {
+        AppFixture fixture;
+        ITunesDBWriter writer;
+        QList<quint32> ids;
+        for (quint32 id = 1; id <= 200; ++id) {
+            writer.addTrack(TrackItem::song(id, QString("Song %1").arg(id), "Band", QString(":iPod_Control:Music:F00:S%1.mp3").arg(id)));
+            ids.append(id);
+        }
+        for (int n = 0; n < 300; ++n)
+            writer.addPlaylist(PlaylistItem::of(QString("Mix %1").arg(n), ids));
+        const QString root = fixture.addIPod("IPOD", writer.build());
+        AppViewModel &model = fixture.startLoaded(300);
+        model.convertSelectedPlaylists();
+        model.cancelConversion();
+        QTRY_VERIFY(!model.isConverting());
+        qsizetype unwritten = 0;
+        for (const ExportItemResult &result : model.exportResults()) {
+            QCOMPARE(QFileInfo::exists(root + "/Playlists/" + result.filename), result.isSuccess);
+            unwritten += result.errorMessage == PlaylistWriteBatch::interruptedReason() ? 1 : 0;
+        }
+        QVERIFY(unwritten > 0);
+        QVERIFY(model.showExportSummary() && !model.conversionSuccessFeedback());
     }
 
     // A run that cannot start says why, writes nothing and raises no success.

@@ -242,9 +242,23 @@ Item {
             text: Texts.texts.volumeWithoutUtf8
         }
 
-        ConvertButton {
+        RowLayout {
             Layout.fillWidth: true
-            viewModel: pane.viewModel
+            spacing: 8
+            ConvertButton {
+                Layout.fillWidth: true
+                viewModel: pane.viewModel
+            }
+            // A long run can be abandoned: what is not yet in place stays as it was on the device.
+            Button {
+                objectName: "cancelRunButton"
+                visible: pane.viewModel.isConverting
+                text: Texts.texts.cancelRun
+                Accessible.name: text
+                onClicked: pane.viewModel.cancelConversion()
+                Keys.onReturnPressed: pane.viewModel.cancelConversion()
+                FocusRing { outset: 2 }
+            }
         }
     }
 }

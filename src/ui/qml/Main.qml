@@ -144,6 +144,11 @@ ApplicationWindow {
     Shortcut { sequence: "F5"; onActivated: window.viewModel.rescanDevices() }
     Shortcut { sequence: "Ctrl+Q"; onActivated: Qt.quit() }
     Shortcut {
+        sequence: "Escape"
+        enabled: window.viewModel.isConverting
+        onActivated: window.viewModel.cancelConversion()
+    }
+    Shortcut {
         // Text fields keep Delete for themselves.
         sequence: "Delete"
         enabled: window.viewModel.selectedFileCount > 0
