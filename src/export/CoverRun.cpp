@@ -99,8 +99,12 @@ public:
     CoverRunReport run()
     {
         const DeviceFolder rockbox = rockboxFolderOf(m_root);
-        if (!rockbox.isOpen()) {
+        if (!rockbox.isOpen() && !rockboxEntryName(m_root)) {
             m_report.notApplicable = QStringLiteral("The device has no .rockbox folder: Rockbox is not installed, so it would find no covers.");
+            return m_report;
+        }
+        if (!rockbox.isOpen()) { // a link, say: refused, never followed
+            m_report.failure = rockbox.error().value_or(QString());
             return m_report;
         }
         switch (m_artwork.state()) {

@@ -117,13 +117,20 @@ void DeviceRecord::replaceBelow(const QString &folder, RecordEntry::Kind kind, c
     entries += fresh;
 }
 
-DeviceFolder rockboxFolderOf(const DeviceFolder &deviceRoot)
+std::optional<QString> rockboxEntryName(const DeviceFolder &deviceRoot)
 {
     // FAT is case-blind and the player finds ".Rockbox" too: take the device's own spelling.
     for (const QString &name : {QStringLiteral(".rockbox"), QStringLiteral(".Rockbox"), QStringLiteral(".ROCKBOX")}) {
         if (deviceRoot.entryKind(name) != DeviceFolder::EntryKind::missing)
-            return deviceRoot.openFolder(name);
+            return name;
     }
+    return std::nullopt;
+}
+
+DeviceFolder rockboxFolderOf(const DeviceFolder &deviceRoot)
+{
+    if (const std::optional<QString> name = rockboxEntryName(deviceRoot))
+        return deviceRoot.openFolder(*name);
     return DeviceFolder::refused(deviceRoot.path() + QStringLiteral("/.rockbox"),
                                  QStringLiteral("the device has no .rockbox folder"));
 }

@@ -61,8 +61,12 @@ struct DeviceRecord {
 
 inline constexpr QLatin1StringView recordFileName("kestrune-record.json");
 
+// The name of whatever is at the device's root under the Rockbox folder's name, in any case; none when
+// nothing is.
+[[nodiscard]] std::optional<QString> rockboxEntryName(const DeviceFolder &deviceRoot);
+
 // The device's Rockbox folder, reached from its root without following a link; not open when the
-// device has none.
+// device has none, or when what has its name is no folder (a link, say).
 [[nodiscard]] DeviceFolder rockboxFolderOf(const DeviceFolder &deviceRoot);
 
 // The record on the device; none when the device has no Rockbox folder, empty when it has no record.

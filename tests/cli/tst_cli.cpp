@@ -358,6 +358,8 @@ private Q_SLOTS:
                                                     << QByteArray("@root/Playlists” is a symbolic link");
         QTest::addRow("stats --write: a linked .rockbox") << "link @root/.rockbox @outside" << QStringList{"stats", "@root", "--write"}
                                                          << 1 << QByteArray("@root/.rockbox” is a symbolic link");
+        QTest::addRow("art: a linked .rockbox") << "link @root/.rockbox @outside" << QStringList{"art", "@root"}
+                                               << 1 << QByteArray("@root/.rockbox” is a symbolic link");
         QTest::addRow("a prefix with a line feed") << "" << QStringList{"convert", "@root", "--prefix", "/a\nb"} << 2
                                                    << QByteArray("--prefix holds the control character U+000A (line feed)");
         QTest::addRow("another run holds the device") << "hold" << QStringList{"convert", "@root"} << 1
