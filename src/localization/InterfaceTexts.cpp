@@ -74,8 +74,10 @@ QString InterfaceTexts::format(const QString &languageCode, const QString &key, 
         return filled.contains(QLatin1StringView("%2")) ? filled.arg(text) : filled;
     }
     const std::optional<L10n::KeyId> id = L10n::keyFromName(key);
-    if (!id || !L10n::hasPayload(*id))
+    if (!id)
         return key;
+    if (!L10n::hasPayload(*id)) // a plain text in a language of the caller's choosing
+        return L10n::Key(*id).translation(language);
     return payloadKey(*id, count, text).translation(language);
 }
 

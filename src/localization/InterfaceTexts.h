@@ -27,8 +27,9 @@ public:
     // Switches the interface language ("en" or "it"); other codes are ignored.
     Q_INVOKABLE void setLanguage(const QString &code);
 
-    // A text with payload by key name ("selectAll"), or one of ExtraTexts with its number and text. A view passes languageCode so that its binding is
-    // evaluated again when the language changes. An unknown or plain key gives the key's own name.
+    // A text by key name ("selectAll"), with its number and text where it takes them, or one of ExtraTexts. A
+    // view passes languageCode so that its binding is evaluated again when the language changes, or names
+    // a language of its own for texts fixed in one. An unknown key gives the key's own name.
     Q_INVOKABLE QString format(const QString &languageCode, const QString &key, int count,
                                const QString &text = QString()) const;
 

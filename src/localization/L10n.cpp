@@ -134,6 +134,23 @@ QString payloadText(const L10n::Key &key, bool italian)
     }
 }
 
+// Where the texts name macOS's own places, the other desktops get theirs; macOS keeps the texts above.
+const PlainText *platformText(L10n::KeyId id)
+{
+#if defined(Q_OS_MACOS)
+    Q_UNUSED(id);
+    return nullptr;
+#else
+#if defined(Q_OS_WIN)
+    static constexpr PlainText reveal{K::showInFinder, "Show in Explorer", "Mostra in Esplora risorse"};
+#else
+    static constexpr PlainText reveal{K::showInFinder, "Show in File Manager", "Mostra nel file manager"};
+#endif
+    static constexpr PlainText noDevice{K::deviceSelectorNoIpod, "No iPod detected", "Nessun iPod rilevato"};
+    return id == K::showInFinder ? &reveal : id == K::deviceSelectorNoIpod ? &noDevice : nullptr;
+#endif
+}
+
 } // namespace
 
 QString L10n::Key::translation(AppLanguage language) const
@@ -141,7 +158,8 @@ QString L10n::Key::translation(AppLanguage language) const
     const bool italian = rawValue(language) == QLatin1StringView("it");
     if (hasPayload(id))
         return payloadText(*this, italian);
-    const PlainText &entry = plainTexts[int(id) - payloadKeyCount];
+    const PlainText *platform = platformText(id);
+    const PlainText &entry = platform ? *platform : plainTexts[int(id) - payloadKeyCount];
     return QString::fromUtf8(italian ? entry.italian : entry.english);
 }
 

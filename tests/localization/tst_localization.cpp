@@ -91,6 +91,10 @@ private Q_SLOTS:
                                            << "12 brani • 45:10";
         QTest::newRow("convertingProgress") << L10n::Key::convertingProgress(50) << "Converting... 50%"
                                             << "Conversione in corso... 50%";
+#if defined(Q_OS_LINUX) // the desktop's own places, not macOS's
+        QTest::newRow("showInFinder") << L10n::Key(L10n::KeyId::showInFinder) << "Show in File Manager" << "Mostra nel file manager";
+        QTest::newRow("deviceSelectorNoIpod") << L10n::Key(L10n::KeyId::deviceSelectorNoIpod) << "No iPod detected" << "Nessun iPod rilevato";
+#endif
     }
 
     void payloadTexts()

@@ -117,7 +117,13 @@ Popup {
         }
         RowLayout {
             Layout.alignment: Qt.AlignRight
-            Button { text: "Mostra in Finder"; onClicked: sheet.revealDestination() }
+            Button {
+                // The sheet's texts are Italian in both languages; the file manager is the desktop's own.
+                text: Texts.format("it", "showInFinder", 0)
+                Accessible.name: text
+                onClicked: sheet.revealDestination()
+                FocusRing { outset: 2 }
+            }
             Button {
                 id: closeButton
                 objectName: "summaryCloseButton"
