@@ -119,6 +119,11 @@ void AppViewModel::startConversion(QList<Playlist> chosen, bool planOnly, std::o
     request.playlists.mirror = m_removeDeletedPlaylists;
     request.playlists.mirrorConfirmed = std::move(confirmedRemovals);
     request.playlists.libraryIncomplete = m_libraryIncomplete;
+    // A library cut short must not shorten a good file: existing files are kept, and the results say so.
+    if (m_libraryIncomplete)
+        request.playlists.keepExistingFilesReason =
+            QStringLiteral("Non sovrascritto: il database dell'iPod sembra incompleto (una sincronizzazione interrotta?), "
+                           "quindi il file esistente resta com'era.");
     for (const Playlist &playlist : std::as_const(m_playlists))
         ++request.playlists.libraryIds[playlist.dbId];
     request.playlists.dryRun = planOnly;

@@ -5,6 +5,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QProcess>
+#include <QtEndian>
 
 using namespace kestrune;
 using namespace kestrune::testing;
@@ -121,6 +122,28 @@ private Q_SLOTS:
         QCOMPARE(failures, failed);
         QCOMPARE(model.showExportSummary(), !failed.isEmpty());
         QCOMPARE(model.conversionSuccessFeedback(), failed.isEmpty());
+    }
+
+    // A database cut short (it declares more than the file holds) never shortens an existing file.
+    void incompleteLibraryKeepsExistingFiles()
+    {
+        AppFixture fixture;
+        QByteArray database = sampleDatabase();
+        qToLittleEndian(quint32(database.size() + 4096), database.data() + 8); // the length the header declares
+        const QString root = fixture.addIPod("IPOD", database);
+        writeFile(root + "/Playlists/Chill.m3u8", "#EXTM3U\nthe good old file\n");
+        AppViewModel &model = fixture.startLoaded();
+        model.convertSelectedPlaylists();
+        QTRY_VERIFY(!model.isConverting());
+        QStringList failed;
+        for (const ExportItemResult &result : model.exportResults()) {
+            if (!result.isSuccess)
+                failed.append(result.playlistName + ": " + result.errorMessage.value_or(""));
+        }
+        QCOMPARE(failed.size(), 1);
+        QVERIFY2(failed.first().startsWith("Chill: Non sovrascritto"), qPrintable(failed.first()));
+        QCOMPARE(readFile(root + "/Playlists/Chill.m3u8"), "#EXTM3U\nthe good old file\n");
+        QVERIFY(QFileInfo::exists(root + "/Playlists/Road Trip.m3u8") && model.showExportSummary());
     }
 
     // Cancelled at once: the playlists not yet in place are reported unwritten and are not on the device.
