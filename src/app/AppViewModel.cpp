@@ -276,6 +276,10 @@ void AppViewModel::applyLoad(LoadOutcome outcome)
         return;
     }
     m_libraryIncomplete = outcome.library.looksTruncated || outcome.library.playlistsIncomplete;
+    m_libraryIncompleteness = m_libraryIncomplete
+        ? QVariantMap{{QStringLiteral("claimed"), outcome.library.claimedSize},
+                      {QStringLiteral("present"), outcome.library.fileSize}}
+        : QVariantMap();
     m_trackOrder = std::move(outcome.library.trackOrder);
     setTracks(std::move(outcome.library.tracks));
     setPlaylists(std::move(outcome.library.playlists));
@@ -330,6 +334,8 @@ AppViewModel::ShownLibrary AppViewModel::takeLibrary()
     ShownLibrary shown{m_tracks, m_playlists, m_activeDetailPlaylist, std::exchange(m_searchIndex, {})};
 
     m_trackOrder.clear();
+    m_libraryIncomplete = false;
+    m_libraryIncompleteness.clear();
     setTracks({});
     setPlaylists({});
     setSelectedPlaylistIds({});

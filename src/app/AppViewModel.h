@@ -98,6 +98,9 @@ class AppViewModel : public QObject {
     // Mirror: remove the files Kestrune wrote for playlists deleted in iTunes (or no longer ticked).
     Q_PROPERTY(bool removeDeletedPlaylists READ removeDeletedPlaylists WRITE setRemoveDeletedPlaylists NOTIFY
                    optionsChanged)
+    // Empty for a library read whole; else {"claimed", "present"}: the bytes the database's own sizes say
+    // it has and the bytes the file holds (equal when only a playlist list was cut short).
+    Q_PROPERTY(QVariantMap libraryIncompleteness READ libraryIncompleteness NOTIFY playlistsChanged)
     // After the playlists, the iPod's covers written where Rockbox looks them up (.rockbox/albumart).
     Q_PROPERTY(bool exportAlbumArt READ exportAlbumArt WRITE setExportAlbumArt NOTIFY optionsChanged)
     // What a mirror run will remove, each {"name", "reason"}, waiting for the user's confirmation; empty
@@ -261,6 +264,7 @@ public:
     [[nodiscard]] bool cleanDotFiles() const { return m_options.cleanDotFiles; }
     [[nodiscard]] bool removeDeletedPlaylists() const { return m_removeDeletedPlaylists; }
     [[nodiscard]] bool exportAlbumArt() const { return m_exportAlbumArt; }
+    [[nodiscard]] QVariantMap libraryIncompleteness() const { return m_libraryIncompleteness; }
     void setExportAlbumArt(bool on);
     void setRemoveDeletedPlaylists(bool on);
     [[nodiscard]] const QVariantList &mirrorConfirmation() const { return m_mirrorConfirmation; }
@@ -415,6 +419,7 @@ private:
     QList<Playlist> m_playlistsAwaitingConfirmation;
     QSet<QString> m_removalsAwaitingConfirmation;
     bool m_libraryIncomplete = false; // the database looks truncated or damaged
+    QVariantMap m_libraryIncompleteness;
 };
 
 } // namespace kestrune

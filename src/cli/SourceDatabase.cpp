@@ -90,8 +90,10 @@ ParseResult *loadDatabase(const Source &source, CliOutput &output)
             });
         output.endProgress();
         if (library.looksTruncated) {
-            output.warn(QStringLiteral("the database looks truncated (an interrupted sync?): it ends before the "
-                                       "length it declares; what could be read is used"));
+            output.warn(QStringLiteral("the database looks truncated (an interrupted sync?): its own sizes say %1 "
+                                       "bytes, the file holds %2; what could be read is used")
+                            .arg(library.claimedSize)
+                            .arg(library.fileSize));
         }
         newestKept = new KeptLibrary{std::move(library), newestKept};
         return &newestKept->library;

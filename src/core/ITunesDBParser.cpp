@@ -38,8 +38,9 @@ struct Sections {
     QList<Section> playlists;
 };
 
-// The track and playlist sections from the cursor on, found by their headers alone.
-Sections findSections(BinaryReader &reader, quint32 sectionCount, ParseBudget &budget, bool &looksTruncated)
+// The track and playlist sections from the cursor on, found by their headers alone. `claimedSize` grows to
+// the furthest end a section declares.
+Sections findSections(BinaryReader &reader, quint32 sectionCount, ParseBudget &budget, qint64 &claimedSize)
 {
     Sections found;
     quint32 sectionsRead = 0;
@@ -58,7 +59,7 @@ Sections findSections(BinaryReader &reader, quint32 sectionCount, ParseBudget &b
         if (!sectionHeaderLen || !sectionTotalLen || !sectionType || !budget.spendChunk())
             break;
         const Section section{*sectionType, chunkStart + *sectionHeaderLen, chunkStart + *sectionTotalLen};
-        looksTruncated = looksTruncated || section.end > reader.size();
+        claimedSize = qMax(claimedSize, qint64(section.end));
         if (section.type == 1)
             found.tracks.append(section);
         else if (section.type == 2)
@@ -137,10 +138,12 @@ ParseResult ITunesDBParser::parse(BinaryReader &reader, BinaryReader &helperRead
 
     ParseBudget budget(dataSize);
     ParseResult result;
-    result.looksTruncated = qint64(declaredLength) > dataSize;
+    result.claimedSize = declaredLength;
+    result.fileSize = dataSize;
     reader.seek(headerLen);
 
-    const Sections sections = findSections(reader, sectionCount, budget, result.looksTruncated);
+    const Sections sections = findSections(reader, sectionCount, budget, result.claimedSize);
+    result.looksTruncated = result.claimedSize > dataSize;
     const QList<Section> &trackSections = sections.tracks;
     const QList<Section> &playlistSections = sections.playlists;
     qsizetype splitIndex = -1;

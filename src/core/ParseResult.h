@@ -18,6 +18,8 @@ struct ParseResult {
     QList<quint32> trackItemIds;
     // The file ends before the length its header or a section declares: an interrupted sync.
     bool looksTruncated = false;
+    qint64 claimedSize = 0; // the furthest the header and the sections say the file reaches
+    qint64 fileSize = 0;    // what is there
     // A playlist list holds fewer playlists than it declares: damage stopped its reading.
     bool playlistsIncomplete = false;
 

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 34> texts{{
+const std::array<Text, 36> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -77,6 +77,16 @@ const std::array<Text, 34> texts{{
      "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
     {"cancelRun", "Cancel", "Annulla"},
+    {"libraryCutShort",
+     "This library looks incomplete (an interrupted sync?): the database's own sizes say %1 bytes, the file "
+     "holds %2. Existing playlist files are kept as they are.",
+     "Questa libreria sembra incompleta (una sincronizzazione interrotta?): le dimensioni del database "
+     "indicano %1 byte, il file ne contiene %2. I file di playlist esistenti restano come sono."},
+    {"libraryDamaged",
+     "This library looks incomplete: a list of playlists holds fewer than it declares. Existing playlist "
+     "files are kept as they are.",
+     "Questa libreria sembra incompleta: un elenco di playlist ne contiene meno di quante ne dichiara. I file "
+     "di playlist esistenti restano come sono."},
     {"albumArtTitle", "Album art for Rockbox", "Copertine per Rockbox"},
     {"albumArtDesc", "After the playlists, writes the iPod's covers to .rockbox/albumart, where Rockbox looks them up.",
      "Dopo le playlist, scrive le copertine dell'iPod in .rockbox/albumart, dove Rockbox le cerca."},

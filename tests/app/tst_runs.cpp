@@ -133,6 +133,7 @@ private Q_SLOTS:
         const QString root = fixture.addIPod("IPOD", database);
         writeFile(root + "/Playlists/Chill.m3u8", "#EXTM3U\nthe good old file\n");
         AppViewModel &model = fixture.startLoaded();
+        QCOMPARE(model.libraryIncompleteness(), (QVariantMap{{"claimed", database.size() + 4096}, {"present", database.size()}}));
         model.convertSelectedPlaylists();
         QTRY_VERIFY(!model.isConverting());
         QStringList failed;

@@ -236,6 +236,17 @@ Item {
         }
 
         NoticeBanner {
+            objectName: "incompleteLibraryNotice"
+            readonly property var sizes: pane.viewModel.libraryIncompleteness
+            Layout.fillWidth: true
+            visible: sizes.claimed !== undefined
+            text: !visible ? ""
+                  : sizes.claimed > sizes.present
+                    ? Texts.format(Texts.languageCode, "libraryCutShort", sizes.claimed, String(sizes.present))
+                    : Texts.format(Texts.languageCode, "libraryDamaged", 0)
+        }
+
+        NoticeBanner {
             objectName: "utf8Notice"
             Layout.fillWidth: true
             visible: pane.viewModel.destinationLacksUtf8Names
