@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 36> texts{{
+const std::array<Text, 37> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -77,6 +77,7 @@ const std::array<Text, 36> texts{{
      "Rimuove i file che Kestrune ha scritto per playlist eliminate, rinominate o non più selezionate; mai un "
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
     {"cancelRun", "Cancel", "Annulla"},
+    {"resultsButton", "Results", "Risultati"},
     {"libraryCutShort",
      "This library looks incomplete (an interrupted sync?): the database's own sizes say %1 bytes, the file "
      "holds %2. Existing playlist files are kept as they are.",

@@ -260,6 +260,16 @@ Item {
                 Layout.fillWidth: true
                 viewModel: pane.viewModel
             }
+            // The last run's results, on request (they open by themselves when something failed).
+            Button {
+                objectName: "resultsButton"
+                visible: !pane.viewModel.isConverting && pane.viewModel.exportResultSummaries.length > 0
+                text: Texts.texts.resultsButton
+                Accessible.name: text
+                onClicked: pane.viewModel.showExportSummary = true
+                Keys.onReturnPressed: pane.viewModel.showExportSummary = true
+                FocusRing { outset: 2 }
+            }
             // A long run can be abandoned: what is not yet in place stays as it was on the device.
             Button {
                 objectName: "cancelRunButton"

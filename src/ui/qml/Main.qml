@@ -144,6 +144,11 @@ ApplicationWindow {
     Shortcut { sequence: "F5"; onActivated: window.viewModel.rescanDevices() }
     Shortcut { sequence: "Ctrl+Q"; onActivated: Qt.quit() }
     Shortcut {
+        sequence: "Ctrl+R"
+        enabled: !window.viewModel.isConverting && window.viewModel.exportResultSummaries.length > 0
+        onActivated: window.viewModel.showExportSummary = true
+    }
+    Shortcut {
         sequence: "Escape"
         enabled: window.viewModel.isConverting
         onActivated: window.viewModel.cancelConversion()
