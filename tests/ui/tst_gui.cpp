@@ -269,6 +269,44 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(m_ipod + "/Playlists/Most Played.m3u8"));
     }
 
+    // The keys of the two lists beyond the arrows, one row per rule.
+    void listKeys_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QList<QKeyCombination>>("keys");
+        QTest::addColumn<int>("current"); // -1: the last row
+        QTest::addColumn<int>("ticked");  // playlists ticked afterwards
+        QTest::addColumn<int>("selected"); // files selected afterwards, -1: all
+        const QKeyCombination shiftDown = Qt::ShiftModifier | Qt::Key_Down;
+        QTest::addRow("End, then Home") << "playlistList" << QList<QKeyCombination>{Qt::Key_End, Qt::Key_Home} << 0 << 6 << 0;
+        QTest::addRow("End") << "playlistList" << QList<QKeyCombination>{Qt::Key_End} << -1 << 6 << 0;
+        QTest::addRow("Page Down") << "playlistList" << QList<QKeyCombination>{Qt::Key_PageDown} << -1 << 6 << 0;
+        QTest::addRow("Return ticks one row only") << "playlistList" << QList<QKeyCombination>{Qt::Key_Down, Qt::Key_Return} << 1 << 5 << 0;
+        QTest::addRow("Shift+Down extends") << "fileList" << QList<QKeyCombination>{Qt::Key_Home, shiftDown, shiftDown} << 2 << 6 << 3;
+        QTest::addRow("Ctrl+A selects all") << "fileList" << QList<QKeyCombination>{Qt::Key_Home, Qt::ControlModifier | Qt::Key_A} << 0 << 6 << -1;
+    }
+
+    void listKeys()
+    {
+        QFETCH(QString, list);
+        QFETCH(QList<QKeyCombination>, keys);
+        if (list == "fileList") {
+            m_ui->model().convertSelectedPlaylists();
+            QTRY_VERIFY(m_ui->model().fileCount() > 3);
+            m_ui->settle();
+        }
+        QQuickItem *view = m_ui->item(list);
+        view->forceActiveFocus(Qt::TabFocusReason);
+        for (const QKeyCombination combination : keys)
+            QTest::keyClick(m_ui->window(), combination.key(), combination.keyboardModifiers());
+        m_ui->settle();
+        const int count = view->property("count").toInt();
+        QTEST(view->property("currentIndex").toInt() == count - 1 ? -1 : view->property("currentIndex").toInt(), "current");
+        QTEST(m_ui->model().tickedPlaylistCount(), "ticked");
+        const int selected = int(m_ui->model().selectedFileItemIds().size());
+        QTEST(selected == m_ui->model().fileCount() && selected > 0 ? -1 : selected, "selected");
+    }
+
     void shortcutsDoTheirJob_data()
     {
         QTest::addColumn<QKeyCombination>("keys");

@@ -218,16 +218,24 @@ Item {
                 // shrinks meanwhile (a search, another device), and Qt then warns while cancelling it.
                 cacheBuffer: 0
                 ScrollBar.vertical: ScrollBar {}
-                // One stop in the Tab chain: the arrows move between playlists, Space ticks one and Return
-                // clicks it.
+                // One stop in the Tab chain: the arrows, Home, End and the page keys move between playlists.
                 activeFocusOnTab: true
                 keyNavigationEnabled: true
                 Accessible.role: Accessible.List
                 Accessible.name: Texts.texts.itunesHeader
                 onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0) currentIndex = 0
+                // Space and Return tick or untick the current playlist alone; a click with the mouse still
+                // selects as a click does.
                 Keys.onSpacePressed: if (currentItem) pane.viewModel.togglePlaylistSelection(currentItem.playlistId)
-                Keys.onReturnPressed: event => pane.viewModel.clickPlaylistRow(currentIndex, event.modifiers)
-                Keys.onEnterPressed: event => pane.viewModel.clickPlaylistRow(currentIndex, event.modifiers)
+                Keys.onReturnPressed: if (currentItem) pane.viewModel.togglePlaylistSelection(currentItem.playlistId)
+                Keys.onEnterPressed: if (currentItem) pane.viewModel.togglePlaylistSelection(currentItem.playlistId)
+                Keys.onPressed: event => {
+                    const row = ListKeys.destination(list, event.key)
+                    if (row >= 0) {
+                        ListKeys.moveTo(list, row)
+                        event.accepted = true
+                    }
+                }
                 delegate: ITunesPlaylistRow {
                     width: list.width
                     viewModel: pane.viewModel

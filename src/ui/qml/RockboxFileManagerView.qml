@@ -305,6 +305,23 @@ Item {
                     if (menuKey && currentItem) {
                         currentItem.openContextMenu()
                         event.accepted = true
+                    } else if (event.key === Qt.Key_A && (event.modifiers & Qt.ControlModifier)) {
+                        pane.viewModel.selectAllPlaylistFiles()
+                        event.accepted = true
+                    } else if ((event.key === Qt.Key_Up || event.key === Qt.Key_Down) && (event.modifiers & Qt.ShiftModifier)) {
+                        // Shift+arrows extend the selection from the current file, as Shift-click does.
+                        const row = Math.max(0, Math.min(count - 1, currentIndex + (event.key === Qt.Key_Down ? 1 : -1)))
+                        if (currentItem && !currentItem.isSelected)
+                            pane.viewModel.clickFileRow(currentIndex, Qt.NoModifier)
+                        ListKeys.moveTo(list, row)
+                        pane.viewModel.clickFileRow(row, Qt.ShiftModifier)
+                        event.accepted = true
+                    } else {
+                        const row = ListKeys.destination(list, event.key)
+                        if (row >= 0) {
+                            ListKeys.moveTo(list, row)
+                            event.accepted = true
+                        }
                     }
                 }
                 delegate: RockboxFileItemRow {
