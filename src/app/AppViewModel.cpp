@@ -270,7 +270,9 @@ void AppViewModel::loadDatabase(const IPodDevice &device)
 
 void AppViewModel::applyLoad(LoadOutcome outcome)
 {
+    m_libraryUnreadable = outcome.error.has_value();
     if (outcome.error) {
+        Q_EMIT playlistsChanged(); // the panes stay empty, and now say why
         setErrorMessage(outcome.error);
         setIsLoading(false);
         return;
@@ -334,6 +336,7 @@ AppViewModel::ShownLibrary AppViewModel::takeLibrary()
     ShownLibrary shown{m_tracks, m_playlists, m_activeDetailPlaylist, std::exchange(m_searchIndex, {})};
 
     m_trackOrder.clear();
+    m_libraryUnreadable = false;
     m_libraryIncomplete = false;
     m_libraryIncompleteness.clear();
     setTracks({});

@@ -98,6 +98,8 @@ class AppViewModel : public QObject {
     // Mirror: remove the files Kestrune wrote for playlists deleted in iTunes (or no longer ticked).
     Q_PROPERTY(bool removeDeletedPlaylists READ removeDeletedPlaylists WRITE setRemoveDeletedPlaylists NOTIFY
                    optionsChanged)
+    // The selected iPod's database could not be read: the panes are empty, and the empty state says why.
+    Q_PROPERTY(bool libraryUnreadable READ libraryUnreadable NOTIFY playlistsChanged)
     // Empty for a library read whole; else {"claimed", "present"}: the bytes the database's own sizes say
     // it has and the bytes the file holds (equal when only a playlist list was cut short).
     Q_PROPERTY(QVariantMap libraryIncompleteness READ libraryIncompleteness NOTIFY playlistsChanged)
@@ -265,6 +267,7 @@ public:
     [[nodiscard]] bool removeDeletedPlaylists() const { return m_removeDeletedPlaylists; }
     [[nodiscard]] bool exportAlbumArt() const { return m_exportAlbumArt; }
     [[nodiscard]] QVariantMap libraryIncompleteness() const { return m_libraryIncompleteness; }
+    [[nodiscard]] bool libraryUnreadable() const { return m_libraryUnreadable; }
     void setExportAlbumArt(bool on);
     void setRemoveDeletedPlaylists(bool on);
     [[nodiscard]] const QVariantList &mirrorConfirmation() const { return m_mirrorConfirmation; }
@@ -420,6 +423,7 @@ private:
     QSet<QString> m_removalsAwaitingConfirmation;
     bool m_libraryIncomplete = false; // the database looks truncated or damaged
     QVariantMap m_libraryIncompleteness;
+    bool m_libraryUnreadable = false;
 };
 
 } // namespace kestrune

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 37> texts{{
+const std::array<Text, 38> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -78,6 +78,8 @@ const std::array<Text, 37> texts{{
      "file che non ha scritto, uno modificato nel frattempo o quello di una playlist On-The-Go."},
     {"cancelRun", "Cancel", "Annulla"},
     {"resultsButton", "Results", "Risultati"},
+    {"libraryUnreadable", "This iPod's database could not be read, so no playlists are shown.",
+     "Il database di questo iPod non è leggibile, quindi non viene mostrata alcuna playlist."},
     {"libraryCutShort",
      "This library looks incomplete (an interrupted sync?): the database's own sizes say %1 bytes, the file "
      "holds %2. Existing playlist files are kept as they are.",

@@ -46,6 +46,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!model.isLoading());
         QVERIFY2(model.errorMessage().value_or(QString()).contains(message), qPrintable(model.errorMessage().value_or("")));
         QVERIFY(model.playlists().isEmpty() && model.tracks().isEmpty() && model.currentDirectoryItems().isEmpty());
+        QVERIFY(model.libraryUnreadable());
     }
 
     void everyAssignmentIsAnnounced()

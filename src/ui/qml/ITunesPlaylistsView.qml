@@ -199,7 +199,8 @@ Item {
                     Layout.fillWidth: true
                     horizontalAlignment: Text.AlignHCenter
                     wrapMode: Text.WordWrap
-                    text: pane.viewModel.hasPlaylists ? Texts.texts.itunesEmptyNoResults : Texts.texts.itunesEmptySelectIpod
+                    text: pane.viewModel.libraryUnreadable ? Texts.texts.libraryUnreadable
+                          : pane.viewModel.hasPlaylists ? Texts.texts.itunesEmptyNoResults : Texts.texts.itunesEmptySelectIpod
                     color: Theme.secondaryText
                     font.family: Theme.fontFamily
                     font.pixelSize: Theme.smallText
