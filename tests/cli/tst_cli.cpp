@@ -107,6 +107,18 @@ private Q_SLOTS:
         QCOMPARE(chill[1].toObject()["rockboxPath"].toString(), "/iPod_Control/Music/F00/A.mp3");
     }
 
+    // Columns line up on a terminal: a wide character takes two columns, a combining accent none.
+    void tablesAlignByDisplayWidth()
+    {
+        IPod ipod(ITunesDBWriter()
+                      .addTrack(TrackItem::song(1, "東京", "A", ":a.mp3", 61000))
+                      .addTrack(TrackItem::song(2, "Cafe\u0301", "A", ":b.mp3", 61000))
+                      .addPlaylist(PlaylistItem::of("P", {1, 2}))
+                      .build());
+        const QString out = QString::fromUtf8(cli({"tracks", ipod.root(), "--playlist", "P"}).out);
+        QVERIFY2(out.contains("\n 1  東京   A       1:01") && out.contains("\n 2  Cafe\u0301   A       1:01"), qPrintable(out));
+    }
+
     void convertWritesFilesAndCleans()
     {
         IPod ipod;
