@@ -57,14 +57,6 @@ AppViewModel::~AppViewModel()
     m_stopRun->store(true);
 }
 
-// Every assignment is announced, an equal value too: observers act on the assignment itself (a device
-// chosen again is loaded again). The list models still announce only the rows that changed.
-template <typename T> void AppViewModel::publish(T &field, T value, void (AppViewModel::*changed)())
-{
-    field = std::move(value);
-    Q_EMIT(this->*changed)();
-}
-
 template <typename T> void AppViewModel::setFilterField(T &field, T value, void (AppViewModel::*changed)())
 {
     field = std::move(value);

@@ -426,4 +426,13 @@ private:
     bool m_libraryUnreadable = false;
 };
 
+// Every assignment is announced, an equal value too: observers act on the assignment itself (a device
+// chosen again is loaded again). The list models still announce only the rows that changed. Defined here:
+// every part of the model's implementation uses it.
+template <typename T> void AppViewModel::publish(T &field, T value, void (AppViewModel::*changed)())
+{
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
 } // namespace kestrune
