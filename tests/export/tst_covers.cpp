@@ -3,8 +3,10 @@
 #include "export/CoverRun.h"
 #include "export/DeviceRecord.h"
 #include "imaging/JpegCodec.h"
+#include "imaging/PictureScaling.h"
 #include "support/TestFiles.h"
 
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -200,6 +202,50 @@ private Q_SLOTS:
         const CoverRunReport report = device.run(tracks, {.mirror = true, .force = force});
         QCOMPARE(statusesOf(report), statuses);
         QCOMPARE(QFile::exists(device.cover("Band-A.jpg")), !statuses.join(' ').contains("removed"));
+    }
+
+    // Scaling for the size variants: area averaging down, linear between pixel centres up.
+    void scaling_data()
+    {
+        QTest::addColumn<QByteArray>("row"); // one grey row, one byte per pixel
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QByteArray>("scaled");
+        QTest::addRow("down by half") << QByteArray("\x00\x64\xc8\xff", 4) << 2 << QByteArray("\x32\xe4", 2);
+        QTest::addRow("down by a third") << QByteArray("\x00\x00\x00\x5a\x5a\x5a", 6) << 2 << QByteArray("\x00\x5a", 2);
+        QTest::addRow("up by two") << QByteArray("\x00\xc8", 2) << 4 << QByteArray("\x00\x32\x96\xc8", 4);
+    }
+    void scaling()
+    {
+        QFETCH(QByteArray, row);
+        QFETCH(int, width);
+        QFETCH(QByteArray, scaled);
+        const auto grey = [](const QByteArray &values) {
+            QByteArray rgb;
+            for (const char value : values)
+                rgb.append(3, value);
+            return rgb;
+        };
+        const RgbPicture result = scaledPicture({int(row.size()), 1, grey(row)}, QSize(width, 1));
+        QCOMPARE(result.rgb.toHex(' '), grey(scaled).toHex(' '));
+        QCOMPARE(fittedSize(QSize(300, 200), QSize(120, 120)), QSize(120, 80));
+    }
+
+    // A cover whose rewrite failed stays Kestrune's in the record: the next run replaces it.
+    void failedRewriteStaysOurs()
+    {
+        CoverDevice device;
+        device.addCover(1, 1);
+        device.addCover(2, 2);
+        const QList<Track> tracks{track("Band", "A", {}, 1)};
+        QCOMPARE(device.run(tracks).count(CoverResult::Outcome::written), 1);
+        device.artwork.images()[0].thumbnails[0].offset = device.artwork.images()[1].thumbnails[0].offset; // new pixels
+        const QString folder = device.root.filePath(".rockbox/albumart");
+        if (QProcess::execute("chattr", {"+i", folder}) != 0)
+            QSKIP("chattr +i needs root and a file system that has the flag");
+        const CoverRunReport refused = device.run(tracks);
+        QProcess::execute("chattr", {"-i", folder});
+        QCOMPARE(refused.count(CoverResult::Outcome::failed), 1);
+        QCOMPARE(statusesOf(device.run(tracks)), QStringList{"Band-A.jpg written"});
     }
 
     void stepsThatDoNotApply()
