@@ -6,8 +6,11 @@
 #include "selfcheck/RockboxTestSuite.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QQmlApplicationEngine>
+#include <QQuickItem>
 #include <QQuickStyle>
+#include <QQuickWindow>
 
 #include <cstring>
 #include <iostream>
@@ -24,6 +27,29 @@ bool wantsSelfCheck(int argc, char *argv[])
     }
     return false;
 }
+
+// Return and Enter press the focused button, as Space does: Qt Quick's buttons answer Space alone. Check
+// boxes and switches keep Return for the dialog they sit in.
+class ReturnPressesButtons : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::KeyPress)
+            return false;
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if ((key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter) || (key->modifiers() & ~Qt::KeypadModifier))
+            return false;
+        const auto *window = qobject_cast<QQuickWindow *>(watched);
+        QQuickItem *focused = window ? window->activeFocusItem() : nullptr;
+        if (!focused || !focused->inherits("QQuickAbstractButton") || !focused->isEnabled() ||
+            focused->property("checkable").toBool())
+            return false;
+        return QMetaObject::invokeMethod(focused, "clicked");
+    }
+};
 
 } // namespace
 
@@ -57,7 +83,11 @@ bool KestruneApp::loadWindow(QQmlApplicationEngine &engine, AppViewModel *model)
     engine.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(model)}});
     // Through the module, so that its C++ types and singletons are registered before the views load.
     engine.loadData(QByteArrayLiteral("import Kestrune\nMain {}\n"), QUrl(QStringLiteral("qrc:/qt/qml/KestruneApp.qml")));
-    return !engine.rootObjects().isEmpty();
+    if (engine.rootObjects().isEmpty())
+        return false;
+    if (auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()))
+        window->installEventFilter(new ReturnPressesButtons(window));
+    return true;
 }
 
 } // namespace kestrune

@@ -307,6 +307,15 @@ private Q_SLOTS:
         QTEST(selected == m_ui->model().fileCount() && selected > 0 ? -1 : selected, "selected");
     }
 
+    // Return presses the focused button, as Space does.
+    void returnPressesTheFocusedButton()
+    {
+        m_ui->item("exportOptionsButton")->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(m_ui->window(), Qt::Key_Return);
+        m_ui->settle();
+        QVERIFY(m_ui->model().showExportSettings());
+    }
+
     void shortcutsDoTheirJob_data()
     {
         QTest::addColumn<QKeyCombination>("keys");
