@@ -105,6 +105,9 @@ class AppViewModel : public QObject {
     Q_PROPERTY(QVariantMap libraryIncompleteness READ libraryIncompleteness NOTIFY playlistsChanged)
     // After the playlists, the iPod's covers written where Rockbox looks them up (.rockbox/albumart).
     Q_PROPERTY(bool exportAlbumArt READ exportAlbumArt WRITE setExportAlbumArt NOTIFY optionsChanged)
+    // From a library cut short, the existing files a run would replace, each {"name"}, waiting for the
+    // user's confirmation; empty when nothing waits.
+    Q_PROPERTY(QVariantList replaceConfirmation READ replaceConfirmation NOTIFY replaceConfirmationChanged)
     // What a mirror run will remove, each {"name", "reason"}, waiting for the user's confirmation; empty
     // when nothing waits.
     Q_PROPERTY(QVariantList mirrorConfirmation READ mirrorConfirmation NOTIFY mirrorConfirmationChanged)
@@ -268,6 +271,10 @@ public:
     [[nodiscard]] bool exportAlbumArt() const { return m_exportAlbumArt; }
     [[nodiscard]] QVariantMap libraryIncompleteness() const { return m_libraryIncompleteness; }
     [[nodiscard]] bool libraryUnreadable() const { return m_libraryUnreadable; }
+    [[nodiscard]] QVariantList replaceConfirmation() const { return m_replaceConfirmation; }
+    // The answer to replaceConfirmation: replace those files, or run nothing.
+    Q_INVOKABLE void confirmReplacements();
+    Q_INVOKABLE void cancelReplacements();
     void setExportAlbumArt(bool on);
     void setRemoveDeletedPlaylists(bool on);
     [[nodiscard]] const QVariantList &mirrorConfirmation() const { return m_mirrorConfirmation; }
@@ -294,6 +301,7 @@ Q_SIGNALS:
     void statusMessageChanged();
     void currentDirectoryItemsChanged();
     void selectedFileItemIdsChanged();
+    void replaceConfirmationChanged();
     void existingRockboxFilesChanged();
     void pendingActionsChanged();
     void searchTextChanged();
@@ -424,6 +432,9 @@ private:
     bool m_libraryIncomplete = false; // the database looks truncated or damaged
     QVariantMap m_libraryIncompleteness;
     bool m_libraryUnreadable = false;
+    QVariantList m_replaceConfirmation;
+    QList<Playlist> m_playlistsAwaitingReplace;
+    bool m_replaceConfirmed = false; // for the run the user confirmed, until it ends
 };
 
 // Every assignment is announced, an equal value too: observers act on the assignment itself (a device

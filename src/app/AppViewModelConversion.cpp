@@ -63,7 +63,7 @@ QList<ExportItemResult> coverRows(const CoverRunReport &report)
 
 void AppViewModel::convertSelectedPlaylists()
 {
-    if (m_isConverting || !m_mirrorConfirmation.isEmpty())
+    if (m_isConverting || !m_mirrorConfirmation.isEmpty() || !m_replaceConfirmation.isEmpty())
         return; // the model is the device's one writer in this process
     if (const std::optional<QString> character = controlCharacterInPrefix(m_options.customPathPrefix)) {
         setErrorMessage(QStringLiteral("Il prefisso dei percorsi contiene il carattere di controllo %1, che "
@@ -84,8 +84,37 @@ void AppViewModel::convertSelectedPlaylists()
         setErrorMessage(QStringLiteral("Seleziona almeno una playlist da convertire."));
         return;
     }
+    // From a library cut short, replacing a file could shorten it: the user says so first.
+    m_replaceConfirmed = false;
+    if (m_libraryIncomplete) {
+        QVariantList replaced;
+        for (const Playlist &playlist : std::as_const(chosen)) {
+            if (playlist.existingRockboxFile)
+                replaced.append(QVariantMap{{QStringLiteral("name"), playlist.existingRockboxFile->filename}});
+        }
+        if (!replaced.isEmpty()) {
+            m_playlistsAwaitingReplace = std::move(chosen);
+            publish(m_replaceConfirmation, std::move(replaced), &AppViewModel::replaceConfirmationChanged);
+            return;
+        }
+    }
     // With mirror on, what would go is shown first, and nothing is written until the user says so.
     startConversion(std::move(chosen), m_removeDeletedPlaylists, std::nullopt);
+}
+
+void AppViewModel::confirmReplacements()
+{
+    if (m_replaceConfirmation.isEmpty())
+        return;
+    publish(m_replaceConfirmation, QVariantList(), &AppViewModel::replaceConfirmationChanged);
+    m_replaceConfirmed = true;
+    startConversion(std::exchange(m_playlistsAwaitingReplace, {}), m_removeDeletedPlaylists, std::nullopt);
+}
+
+void AppViewModel::cancelReplacements()
+{
+    m_playlistsAwaitingReplace.clear();
+    publish(m_replaceConfirmation, QVariantList(), &AppViewModel::replaceConfirmationChanged);
 }
 
 void AppViewModel::cancelConversion()
@@ -119,8 +148,9 @@ void AppViewModel::startConversion(QList<Playlist> chosen, bool planOnly, std::o
     request.playlists.mirror = m_removeDeletedPlaylists;
     request.playlists.mirrorConfirmed = std::move(confirmedRemovals);
     request.playlists.libraryIncomplete = m_libraryIncomplete;
-    // A library cut short must not shorten a good file: existing files are kept, and the results say so.
-    if (m_libraryIncomplete)
+    // A library cut short must not shorten a good file unless the user said so: existing files are kept,
+    // and the results say so.
+    if (m_libraryIncomplete && !m_replaceConfirmed)
         request.playlists.keepExistingFilesReason =
             QStringLiteral("Non sovrascritto: il database dell'iPod sembra incompleto (una sincronizzazione interrotta?), "
                            "quindi il file esistente resta com'era.");
@@ -190,6 +220,7 @@ void AppViewModel::finishConversion(ConversionOutcome outcome)
         return;
     }
     m_playlistsAwaitingConfirmation.clear();
+    m_replaceConfirmed = false;
     setIsConverting(false);
     if (outcome.refusal) {
         setErrorMessage(QStringLiteral("Impossibile convertire: ") + *outcome.refusal);

@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 38> texts{{
+const std::array<Text, 41> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -100,6 +100,13 @@ const std::array<Text, 38> texts{{
      "Kestrune ha scritto questi file per playlist che non vengono più esportate. Verranno eliminati "
      "definitivamente: l'iPod non ha un cestino."},
     {"mirrorRemove", "Remove", "Rimuovi"},
+    {"replaceConfirmTitle", "Replace files from an incomplete library?", "Sostituire file da una libreria incompleta?"},
+    {"replaceConfirmBody",
+     "This iPod's database looks cut short, so these playlists may have lost tracks. Their files on the "
+     "device would be replaced by the shorter ones.",
+     "Il database di questo iPod sembra troncato, quindi queste playlist potrebbero aver perso dei brani. I "
+     "loro file sul dispositivo verrebbero sostituiti da quelli più corti."},
+    {"replaceConfirm", "Replace", "Sostituisci"},
     {"prefixControlCharacter",
      "The prefix holds the control character %2, which would break every entry: the export cannot start.",
      "Il prefisso contiene il carattere di controllo %2, che spezzerebbe ogni voce: l'esportazione non può "

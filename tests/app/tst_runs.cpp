@@ -124,8 +124,9 @@ private Q_SLOTS:
         QCOMPARE(model.conversionSuccessFeedback(), failed.isEmpty());
     }
 
-    // A database cut short (it declares more than the file holds) never shortens an existing file.
-    void incompleteLibraryKeepsExistingFiles()
+    // A database cut short (it declares more than the file holds) replaces an existing file only once the
+    // user confirms; Cancel runs nothing.
+    void incompleteLibraryAsksBeforeReplacing()
     {
         AppFixture fixture;
         QByteArray database = sampleDatabase();
@@ -135,16 +136,16 @@ private Q_SLOTS:
         AppViewModel &model = fixture.startLoaded();
         QCOMPARE(model.libraryIncompleteness(), (QVariantMap{{"claimed", database.size() + 4096}, {"present", database.size()}}));
         model.convertSelectedPlaylists();
-        QTRY_VERIFY(!model.isConverting());
-        QStringList failed;
-        for (const ExportItemResult &result : model.exportResults()) {
-            if (!result.isSuccess)
-                failed.append(result.playlistName + ": " + result.errorMessage.value_or(""));
-        }
-        QCOMPARE(failed.size(), 1);
-        QVERIFY2(failed.first().startsWith("Chill: Non sovrascritto"), qPrintable(failed.first()));
+        QCOMPARE(model.replaceConfirmation(), (QVariantList{QVariantMap{{"name", "Chill.m3u8"}}}));
+        model.cancelReplacements();
+        fixture.settle();
+        QVERIFY(!model.isConverting() && !QFileInfo::exists(root + "/Playlists/Road Trip.m3u8"));
         QCOMPARE(readFile(root + "/Playlists/Chill.m3u8"), "#EXTM3U\nthe good old file\n");
-        QVERIFY(QFileInfo::exists(root + "/Playlists/Road Trip.m3u8") && model.showExportSummary());
+        model.convertSelectedPlaylists();
+        model.confirmReplacements();
+        QTRY_VERIFY(!model.isConverting());
+        QVERIFY(readFile(root + "/Playlists/Chill.m3u8").contains("C.mp3"));
+        QVERIFY(model.conversionSuccessFeedback());
     }
 
     // Cancelled at once: the playlists not yet in place are reported unwritten and are not on the device.

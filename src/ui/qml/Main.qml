@@ -77,9 +77,24 @@ ApplicationWindow {
         viewModel: window.viewModel
     }
 
-    MirrorConfirmDialog {
+    ConfirmFilesDialog {
         objectName: "mirrorDialog"
-        viewModel: window.viewModel
+        items: window.viewModel.mirrorConfirmation
+        title: Texts.texts.mirrorConfirmTitle
+        bodyText: Texts.texts.mirrorConfirmBody
+        confirmText: Texts.texts.mirrorRemove
+        onConfirmed: window.viewModel.confirmMirrorRemovals()
+        onCancelled: window.viewModel.cancelMirrorRemovals()
+    }
+
+    ConfirmFilesDialog {
+        objectName: "replaceDialog"
+        items: window.viewModel.replaceConfirmation
+        title: Texts.texts.replaceConfirmTitle
+        bodyText: Texts.texts.replaceConfirmBody
+        confirmText: Texts.texts.replaceConfirm
+        onConfirmed: window.viewModel.confirmReplacements()
+        onCancelled: window.viewModel.cancelReplacements()
     }
 
     ExportSummarySheet {

@@ -3,23 +3,25 @@ import Kestrune
 import QtQuick.Controls
 import QtQuick.Layouts
 
-// Before a mirror run removes anything: the files that will be deleted for good, each with why, and
-// Cancel as the default. Open exactly while the model waits for the answer.
+// Before a run deletes or replaces files: each file with why, and Cancel as the default. Open exactly while
+// the model waits for the answer (`items` not empty).
 Dialog {
     id: dialog
 
-    required property var viewModel
-    readonly property var removals: viewModel.mirrorConfirmation
+    required property var items // each {name, reason}
+    required property string bodyText
+    required property string confirmText
+    signal confirmed()
+    signal cancelled()
     property Item returnFocusTo: null
 
     anchors.centerIn: Overlay.overlay
     width: Math.min(480, parent ? parent.width - 80 : 480)
     modal: true
     focus: true
-    title: Texts.texts.mirrorConfirmTitle
     closePolicy: Popup.CloseOnEscape
-    onRemovalsChanged: {
-        if (removals.length > 0) {
+    onItemsChanged: {
+        if (items.length > 0) {
             returnFocusTo = Window.activeFocusItem
             open()
         } else {
@@ -28,8 +30,8 @@ Dialog {
     }
     onOpened: cancelButton.forceActiveFocus(Qt.PopupFocusReason)
     onClosed: {
-        if (removals.length > 0)
-            viewModel.cancelMirrorRemovals() // closed by the user, not by the model
+        if (items.length > 0)
+            dialog.cancelled() // closed by the user, not by the model
         if (returnFocusTo)
             returnFocusTo.forceActiveFocus(Qt.OtherFocusReason)
     }
@@ -51,7 +53,7 @@ Dialog {
         spacing: 10
         Text {
             Layout.fillWidth: true
-            text: Texts.texts.mirrorConfirmBody
+            text: dialog.bodyText
             wrapMode: Text.WordWrap
             color: Theme.primaryText
             font.family: Theme.fontFamily
@@ -60,9 +62,9 @@ Dialog {
             Accessible.name: text
         }
         Text {
-            objectName: "mirrorRemovals"
+            objectName: "confirmItems"
             Layout.fillWidth: true
-            text: dialog.removals.map(removal => "• " + removal.name + " (" + removal.reason + ")").join("\n")
+            text: dialog.items.map(item => "• " + item.name + (item.reason ? " (" + item.reason + ")" : "")).join("\n")
             wrapMode: Text.WordWrap
             elide: Text.ElideRight
             maximumLineCount: 12
@@ -77,7 +79,7 @@ Dialog {
         background: null
         Button {
             id: cancelButton
-            objectName: "mirrorCancelButton"
+            objectName: "confirmCancelButton"
             text: Texts.texts.cancelButton
             DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
             Accessible.name: text
@@ -86,13 +88,11 @@ Dialog {
             FocusRing { outset: 2 }
         }
         Button {
-            objectName: "mirrorRemoveButton"
-            text: Texts.texts.mirrorRemove
+            objectName: "confirmButton"
+            text: dialog.confirmText
             DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
             Accessible.name: text
-            onClicked: dialog.viewModel.confirmMirrorRemovals()
-            Keys.onReturnPressed: dialog.viewModel.confirmMirrorRemovals()
-            Keys.onEnterPressed: dialog.viewModel.confirmMirrorRemovals()
+            onClicked: dialog.confirmed()
             FocusRing { outset: 2 }
         }
     }
