@@ -19,8 +19,8 @@ Dialog {
     focus: true
     title: Texts.texts.statisticsTitle
     closePolicy: Popup.CloseOnEscape
-    onOpened: (canCopy ? copyButton : closeButton).forceActiveFocus(Qt.PopupFocusReason)
-    onCanCopyChanged: if (canCopy) copyButton.forceActiveFocus(Qt.PopupFocusReason)
+    // Cancel is the default: Return never writes to the device by itself.
+    onOpened: closeButton.forceActiveFocus(Qt.PopupFocusReason)
     onClosed: if (phase.length > 0) viewModel.closeStatisticsCopy() // closed by the user, not by the model
     onPhaseChanged: phase.length > 0 ? open() : close()
     Overlay.modal: Rectangle { color: Qt.rgba(0.1, 0.12, 0.18, 0.25) }
