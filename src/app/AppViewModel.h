@@ -105,6 +105,9 @@ class AppViewModel : public QObject {
     Q_PROPERTY(QVariantMap libraryIncompleteness READ libraryIncompleteness NOTIFY playlistsChanged)
     // After the playlists, the iPod's covers written where Rockbox looks them up (.rockbox/albumart).
     Q_PROPERTY(bool exportAlbumArt READ exportAlbumArt WRITE setExportAlbumArt NOTIFY optionsChanged)
+    // The staged files Apply would delete for good, each {"name"}, waiting for the user's confirmation; empty
+    // when nothing waits.
+    Q_PROPERTY(QVariantList deleteConfirmation READ deleteConfirmation NOTIFY deleteConfirmationChanged)
     // From a library cut short, the existing files a run would replace, each {"name"}, waiting for the
     // user's confirmation; empty when nothing waits.
     Q_PROPERTY(QVariantList replaceConfirmation READ replaceConfirmation NOTIFY replaceConfirmationChanged)
@@ -272,6 +275,12 @@ public:
     [[nodiscard]] QVariantMap libraryIncompleteness() const { return m_libraryIncompleteness; }
     [[nodiscard]] bool libraryUnreadable() const { return m_libraryUnreadable; }
     [[nodiscard]] QVariantList replaceConfirmation() const { return m_replaceConfirmation; }
+    [[nodiscard]] QVariantList deleteConfirmation() const { return m_deleteConfirmation; }
+    // Apply, as the window asks for it: the files are listed for confirmation first (the device has no
+    // trash); confirmDeletions() then applies the staged changes.
+    Q_INVOKABLE void requestApplyPendingChanges();
+    Q_INVOKABLE void confirmDeletions();
+    Q_INVOKABLE void cancelDeletions();
     // The answer to replaceConfirmation: replace those files, or run nothing.
     Q_INVOKABLE void confirmReplacements();
     Q_INVOKABLE void cancelReplacements();
@@ -302,6 +311,7 @@ Q_SIGNALS:
     void currentDirectoryItemsChanged();
     void selectedFileItemIdsChanged();
     void replaceConfirmationChanged();
+    void deleteConfirmationChanged();
     void existingRockboxFilesChanged();
     void pendingActionsChanged();
     void searchTextChanged();
@@ -433,6 +443,7 @@ private:
     QVariantMap m_libraryIncompleteness;
     bool m_libraryUnreadable = false;
     QVariantList m_replaceConfirmation;
+    QVariantList m_deleteConfirmation;
     QList<Playlist> m_playlistsAwaitingReplace;
     bool m_replaceConfirmed = false; // for the run the user confirmed, until it ends
 };

@@ -69,6 +69,29 @@ void AppViewModel::discardPendingActions()
     setPendingActions({});
 }
 
+void AppViewModel::requestApplyPendingChanges()
+{
+    QVariantList names;
+    for (const PendingFileAction &action : std::as_const(m_pendingActions)) {
+        if (action.item)
+            names.append(QVariantMap{{QStringLiteral("name"), action.item->name}});
+    }
+    publish(m_deleteConfirmation, std::move(names), &AppViewModel::deleteConfirmationChanged);
+}
+
+void AppViewModel::confirmDeletions()
+{
+    if (m_deleteConfirmation.isEmpty())
+        return;
+    publish(m_deleteConfirmation, QVariantList(), &AppViewModel::deleteConfirmationChanged);
+    applyPendingChanges();
+}
+
+void AppViewModel::cancelDeletions()
+{
+    publish(m_deleteConfirmation, QVariantList(), &AppViewModel::deleteConfirmationChanged);
+}
+
 void AppViewModel::applyPendingChanges()
 {
     const std::optional<QUrl> folderURL = playlistsBaseFolderURL();

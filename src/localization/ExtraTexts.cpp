@@ -12,7 +12,7 @@ struct Text {
     const char *italian;
 };
 
-const std::array<Text, 41> texts{{
+const std::array<Text, 43> texts{{
     {"volumeWithoutUtf8",
      "This FAT volume is mounted without UTF-8 names: playlists with accents or symbols in their names would "
      "be stored wrongly. Mount it with the utf8 option.",
@@ -107,6 +107,9 @@ const std::array<Text, 41> texts{{
      "Il database di questo iPod sembra troncato, quindi queste playlist potrebbero aver perso dei brani. I "
      "loro file sul dispositivo verrebbero sostituiti da quelli più corti."},
     {"replaceConfirm", "Replace", "Sostituisci"},
+    {"deleteConfirmTitle", "Delete these files for good?", "Eliminare definitivamente questi file?"},
+    {"deleteConfirmBody", "The iPod has no trash: these playlist files will be deleted for good.",
+     "L'iPod non ha un cestino: questi file di playlist verranno eliminati definitivamente."},
     {"prefixControlCharacter",
      "The prefix holds the control character %2, which would break every entry: the export cannot start.",
      "Il prefisso contiene il carattere di controllo %2, che spezzerebbe ogni voce: l'esportazione non può "

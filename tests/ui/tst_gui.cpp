@@ -262,7 +262,11 @@ private Q_SLOTS:
         QCOMPARE(textOf(m_ui->item("pendingBannerText")), "2 playlist(s) to delete");
         press({Qt::Key_Backtab}); // the banner's buttons come before the list
         QCOMPARE(textOf(window->activeFocusItem()), "Apply Changes (2)");
-        press({Qt::Key_Space});
+        press({Qt::Key_Space}); // asks first, Cancel focused: Return would keep the files
+        m_ui->settle(300);
+        QCOMPARE(m_ui->model().deleteConfirmation().size(), 2);
+        QCOMPARE(textOf(window->activeFocusItem()), "Cancel");
+        press({Qt::Key_Tab, Qt::Key_Space});
         QTRY_COMPARE(m_ui->model().fileCount(), 4);
         // The list kept "road trip.m3u8" current while the new files came in above it.
         QVERIFY(!QFileInfo::exists(m_ipod + "/Playlists/Road Trip.m3u8"));

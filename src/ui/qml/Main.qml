@@ -88,6 +88,16 @@ ApplicationWindow {
     }
 
     ConfirmFilesDialog {
+        objectName: "deleteDialog"
+        items: window.viewModel.deleteConfirmation
+        title: Texts.texts.deleteConfirmTitle
+        bodyText: Texts.texts.deleteConfirmBody
+        confirmText: Texts.texts.deleteButton
+        onConfirmed: window.viewModel.confirmDeletions()
+        onCancelled: window.viewModel.cancelDeletions()
+    }
+
+    ConfirmFilesDialog {
         objectName: "replaceDialog"
         items: window.viewModel.replaceConfirmation
         title: Texts.texts.replaceConfirmTitle

@@ -259,7 +259,7 @@ Item {
                     font.pixelSize: Theme.smallText
                     font.weight: Font.DemiBold
                     Accessible.name: text
-                    onClicked: pane.viewModel.applyPendingChanges()
+                    onClicked: pane.viewModel.requestApplyPendingChanges()
                     FocusRing { outset: 2 }
                     contentItem: Text {
                         text: applyButton.text
