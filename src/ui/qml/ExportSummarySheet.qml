@@ -22,7 +22,14 @@ Popup {
     modal: true
     padding: 22
     background: GlassCard { cornerRadius: 16; padding: 0 }
-    onClosed: viewModel.showExportSummary = false
+    // Focus goes back where it was when the sheet closes.
+    property Item returnFocusTo: null
+    onAboutToShow: returnFocusTo = Window.activeFocusItem
+    onClosed: {
+        viewModel.showExportSummary = false
+        if (returnFocusTo)
+            returnFocusTo.forceActiveFocus(Qt.OtherFocusReason)
+    }
     onOpened: closeButton.forceActiveFocus(Qt.PopupFocusReason)
     focus: true
 
