@@ -1,20 +1,15 @@
 #include "CoverRun.h"
 
 #include "CoverNames.h"
+#include "CoverWriting.h"
 #include "DeviceRecord.h"
 #include "Parallel.h"
 #include "PlaylistWriteBatch.h"
 #include "RockboxGenerator.h"
-#include "imaging/JpegCodec.h"
-#include "imaging/PictureScaling.h"
 
 #include <QHash>
 #include <QSet>
 
-#include <condition_variable>
-#include <memory>
-#include <mutex>
-#include <thread>
 #include <variant>
 
 namespace kestrune {
@@ -61,22 +56,12 @@ struct PlannedFile {
     QByteArray pixels; // the hash of the source pixels, in hex
     CoverResult result;
     bool needsWrite = false;
-    QByteArray bytes;  // the encoded cover, until it is staged
-    QByteArray digest; // of those bytes
+    QByteArray digest; // of the bytes written
 };
 
 QByteArray hexOf(quint64 value)
 {
     return QByteArray::number(value, 16).rightJustified(16, '0');
-}
-
-std::variant<RgbPicture, QString> pictureOf(const ArtworkLibrary &artwork, const ArtworkImage &image)
-{
-    const std::variant<ArtworkLibrary::Frame, QString> frame = artwork.frameOf(image);
-    if (const QString *problem = std::get_if<QString>(&frame))
-        return *problem;
-    const auto &found = std::get<ArtworkLibrary::Frame>(frame);
-    return *decodeThumbnail(found.bytes, found.format, found.area);
 }
 
 // Whether the file is still the one the record names: its size and time as recorded, else its bytes.
@@ -288,109 +273,43 @@ private:
     void writeFiles()
     {
         QList<qsizetype> toWrite;
+        QList<CoverJob> jobs;
         for (qsizetype i = 0; i < m_files.size(); ++i) {
-            if (m_files.at(i).needsWrite)
+            const PlannedFile &file = m_files.at(i);
+            if (file.needsWrite) {
                 toWrite.append(i);
+                jobs.append(CoverJob{file.result.fileName, file.image, file.box});
+            }
         }
         const qsizetype judged = m_files.size() - toWrite.size();
         if (m_progress)
             m_progress(judged, m_files.size());
         if (m_request.dryRun) {
-            for (const qsizetype i : std::as_const(toWrite))
-                m_files[i].result.size = pictureSize(m_files.at(i));
+            for (qsizetype j = 0; j < jobs.size(); ++j)
+                m_files[toWrite.at(j)].result.size = coverJobSize(m_artwork, jobs.at(j));
             finishResults();
             return;
         }
-        PlaylistWriteBatch batch(m_folder, m_stop);
-        QHash<qsizetype, qsizetype> fileOfHandle;
-        // Covers are encoded on every core while this thread stages each one, in order, as soon as it is
-        // ready: the writes overlap the encoding.
-        const std::unique_ptr<bool[]> ready(new bool[toWrite.size()]());
-        std::mutex readyLock;
-        std::condition_variable readyChanged;
-        std::thread encoding([&] {
-            forEachInParallel(toWrite.size(), [&](qsizetype i) {
-                if (!(m_stop && m_stop->load()))
-                    encode(m_files[toWrite.at(i)]);
-                const std::lock_guard lock(readyLock);
-                ready[i] = true;
-                readyChanged.notify_all();
-            });
-        });
-        for (qsizetype i = 0; i < toWrite.size(); ++i) {
-            {
-                std::unique_lock lock(readyLock);
-                readyChanged.wait(lock, [&] { return ready[i]; });
-            }
-            PlannedFile &file = m_files[toWrite.at(i)];
-            if (file.result.outcome == CoverResult::Outcome::failed || file.bytes.isEmpty() || (m_stop && m_stop->load()))
-                continue;
-            const PlaylistWriteBatch::Staged staged = batch.stage(file.result.fileName, file.bytes);
-            file.bytes.clear(); // its digest is kept; the bytes are on their way
-            if (staged.error) {
+        const QList<CoverJobResult> written = writeCovers(
+            m_folder, m_artwork, jobs,
+            [&](qsizetype staged) {
+                if (m_progress)
+                    m_progress(judged + staged, m_files.size());
+            },
+            m_stop);
+        for (qsizetype j = 0; j < jobs.size(); ++j) {
+            PlannedFile &file = m_files[toWrite.at(j)];
+            const CoverJobResult &result = written.at(j);
+            if (result.failure) {
                 file.result.outcome = CoverResult::Outcome::failed;
-                file.result.reason = *staged.error;
+                file.result.reason = *result.failure;
             } else {
-                fileOfHandle.insert(staged.handle, toWrite.at(i));
-            }
-            if (m_progress && (i % 16 == 15 || i + 1 == toWrite.size()))
-                m_progress(judged + i + 1, m_files.size());
-        }
-        encoding.join();
-        const QList<std::optional<QString>> committed = batch.commit();
-        for (auto it = fileOfHandle.cbegin(); it != fileOfHandle.cend(); ++it) {
-            if (const std::optional<QString> &failure = committed.value(it.key(), PlaylistWriteBatch::interruptedReason())) {
-                m_files[it.value()].result.outcome = CoverResult::Outcome::failed;
-                m_files[it.value()].result.reason = *failure;
-            }
-        }
-        const QList<qsizetype> stagedFiles = fileOfHandle.values();
-        const QSet<qsizetype> staged(stagedFiles.cbegin(), stagedFiles.cend());
-        for (const qsizetype i : std::as_const(toWrite)) {
-            PlannedFile &file = m_files[i];
-            if (file.result.outcome == CoverResult::Outcome::written && !staged.contains(i)) { // stopped before it
-                file.result.outcome = CoverResult::Outcome::failed;
-                file.result.reason = PlaylistWriteBatch::interruptedReason();
+                file.result.size = result.size;
+                file.digest = result.digest;
             }
         }
         m_report.stopped = m_stop && m_stop->load();
         finishResults();
-    }
-
-    QSize pictureSize(const PlannedFile &file) const
-    {
-        const std::variant<ArtworkLibrary::Frame, QString> frame = m_artwork.frameOf(*file.image);
-        const auto *found = std::get_if<ArtworkLibrary::Frame>(&frame);
-        if (!found)
-            return {};
-        const QSize picture(found->area.width, found->area.height);
-        return file.box ? fittedSize(picture, *file.box) : picture;
-    }
-
-    // Runs on any thread: touches only its own file.
-    void encode(PlannedFile &file) const
-    {
-        std::variant<RgbPicture, QString> picture = pictureOf(m_artwork, *file.image);
-        if (const QString *problem = std::get_if<QString>(&picture)) {
-            file.result.outcome = CoverResult::Outcome::failed;
-            file.result.reason = QStringLiteral("The cover cannot be read: %1.").arg(*problem);
-            return;
-        }
-        RgbPicture source = std::get<RgbPicture>(std::move(picture));
-        if (file.box)
-            source = scaledPicture(source, fittedSize(QSize(source.width, source.height), *file.box));
-        // Rockbox draws a cover at most 128 pixels wide (PictureFlow; 120 on the now-playing screen): colour
-        // at half resolution loses nothing it shows once that half is still as large, and encodes faster.
-        const Colour colour = qMin(source.width, source.height) >= 2 * 128 ? Colour::half : Colour::full;
-        const std::optional<QByteArray> bytes = encodeBaselineJpeg(source, colour);
-        if (!bytes) {
-            file.result.outcome = CoverResult::Outcome::failed;
-            file.result.reason = QStringLiteral("The cover could not be encoded as JPEG.");
-            return;
-        }
-        file.bytes = *bytes;
-        file.digest = RockboxGenerator::contentDigest(*bytes);
-        file.result.size = QSize(source.width, source.height);
     }
 
     void finishResults()

@@ -138,8 +138,6 @@ Popup {
                 highlighted: true
                 Accessible.name: text
                 onClicked: sheet.close()
-                Keys.onReturnPressed: sheet.close()
-                Keys.onEnterPressed: sheet.close()
                 FocusRing { outset: 2 }
             }
         }

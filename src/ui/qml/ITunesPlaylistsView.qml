@@ -276,7 +276,6 @@ Item {
                 text: Texts.texts.resultsButton
                 Accessible.name: text
                 onClicked: pane.viewModel.showExportSummary = true
-                Keys.onReturnPressed: pane.viewModel.showExportSummary = true
                 FocusRing { outset: 2 }
             }
             // A long run can be abandoned: what is not yet in place stays as it was on the device.
@@ -286,7 +285,6 @@ Item {
                 text: Texts.texts.cancelRun
                 Accessible.name: text
                 onClicked: pane.viewModel.cancelConversion()
-                Keys.onReturnPressed: pane.viewModel.cancelConversion()
                 FocusRing { outset: 2 }
             }
         }
